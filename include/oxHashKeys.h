@@ -1,0 +1,51 @@
+// Fixed-size plain keys of the library's hash tables.
+//
+// Both keys are compared as raw memory and hashed byte by byte in memory order,
+// so they carry no padding and no ordering.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+
+namespace ox {
+
+struct tMetaNodeCommon {
+    /// Octree cell or canonical grid point, 8 bytes: word 0 = x (low 16 bits) | y (high 16
+    /// bits), word 1 = z (low 16 bits) | level or 0 (high 16 bits).
+    struct tVertexKey {
+        std::uint32_t xy = 0;
+        std::uint32_t zl = 0;
+
+        tVertexKey() = default;
+        tVertexKey(std::uint32_t x, std::uint32_t y, std::uint32_t z, std::uint32_t level)
+            : xy((x & 0xFFFFu) | (y << 16)), zl((z & 0xFFFFu) | (level << 16)) {}
+
+        std::uint32_t x() const { return xy & 0xFFFFu; }
+        std::uint32_t y() const { return xy >> 16; }
+        std::uint32_t z() const { return zl & 0xFFFFu; }
+        std::uint32_t level() const { return zl >> 16; }
+
+        bool operator==(const tVertexKey& o) const { return xy == o.xy && zl == o.zl; }
+        bool operator!=(const tVertexKey& o) const { return !(*this == o); }
+    };
+};
+static_assert(sizeof(tMetaNodeCommon::tVertexKey) == 8, "tVertexKey is two 32-bit words");
+
+/// An undirected edge between two sample records, named by their addresses with the
+/// lower address first, 16 bytes.
+struct tEdgeKey {
+    std::uint64_t first = 0;
+    std::uint64_t second = 0;
+
+    tEdgeKey() = default;
+    tEdgeKey(std::uint64_t a, std::uint64_t b) : first(a < b ? a : b), second(a < b ? b : a) {}
+    tEdgeKey(const void* a, const void* b)
+        : tEdgeKey(static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(a)),
+                   static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(b))) {}
+
+    bool operator==(const tEdgeKey& o) const { return first == o.first && second == o.second; }
+    bool operator!=(const tEdgeKey& o) const { return !(*this == o); }
+};
+static_assert(sizeof(tEdgeKey) == 16, "tEdgeKey is two 64-bit words");
+
+}  // namespace ox

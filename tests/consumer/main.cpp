@@ -1,0 +1,43 @@
+// A host application in miniature: starts the library, reads its version, builds a
+// scene-graph mesh and uses the library's hash table. Exit status 0 when all agree.
+#include <oxMeshLib.h>
+
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+
+int main() {
+    int failures = 0;
+    auto check = [&](bool ok, const char* what) {
+        if (!ok) {
+            std::fprintf(stderr, "consumer: %s\n", what);
+            ++failures;
+        }
+    };
+
+    ox::initializeOxMeshLibrary();
+    std::printf("oxMeshLib %s\n", ox::oxMeshLib::Version::GetDescStringMajorMinorReleaseRevisionDate());
+    check(std::strcmp(ox::oxMeshLib::Version::GetDescStringMajorMinorReleaseRevision(true), "1.0.0.10699") == 0,
+          "version string");
+
+    ox::oxAttributes attributes;
+    attributes.SetPositionChannels(3);
+    attributes.SetNormalChannels(3);
+    ox::oxStandardMesh factory(attributes);
+    ox::oxPointer<ox::oxTriMesh> sphere(factory.Sphere(16, 32, 2.0f));
+    check(sphere && sphere->GetTriangleQuantity() > 0, "sphere mesh");
+    ox::oxBBox box;
+    for (int i = 0; i < sphere->GetVertexBuffer()->GetVertexQuantity(); ++i)
+        box.selfExpand(sphere->GetVertexBuffer()->Position3(i));
+    unsigned int axis = 0;
+    check(std::fabs(box.getMaxExtent(axis) - 4.0f) < 1e-3f, "sphere bounding box");
+
+    ox::oxHashTbl<unsigned int, float> table(100);
+    for (unsigned int i = 0; i < 1000; ++i) table.set(i, float(i));
+    check(table.getNoElements() == 1000 && table.find(500u) != table.end(), "hash table");
+
+    ox::terminateOxMeshLibrary();
+    std::printf("triangles %d, extent %.3f: %s\n", sphere->GetTriangleQuantity(), box.getMaxExtent(axis),
+                failures ? "FAILED" : "ok");
+    return failures ? 1 : 0;
+}
