@@ -1,0 +1,129 @@
+// Point-set query: normalisation, hierarchy, neighbour graph, radii and the two spatial
+// queries (nearest vertex, points in a sphere) by branch-and-bound over node boxes.
+#include "oxPointSetQuery.h"
+
+#include <cmath>
+#include <limits>
+
+#include "scenegraph/oxAttributes.h"
+
+namespace ox {
+
+struct oxPointSetQuery::tOwnedStructures {
+    oxPointSetProcessing::oxMiniBVH bvh;
+    oxPointSetProcessing::KNN knn;
+};
+
+oxPointSetQuery::oxPointSetQuery(oxVertexBuffer* vertices)
+    : m_vertices(vertices), m_owned(std::make_shared<tOwnedStructures>()) {
+    m_bvh = &m_owned->bvh;
+    m_knn = &m_owned->knn;
+}
+
+oxPointSetQuery::oxPointSetQuery(oxVertexBuffer* vertices, oxPointSetProcessing::oxMiniBVH* bvh,
+                                 oxPointSetProcessing::KNN* knn)
+    : m_vertices(vertices), m_bvh(bvh), m_knn(knn), m_pending(0) {}
+
+// Copy and move share one body: the buffer gains a reference, the hierarchy and the graph
+// are shared, the parameters and the pending flag are copied.
+oxPointSetQuery::oxPointSetQuery(const oxPointSetQuery& other) = default;
+oxPointSetQuery::oxPointSetQuery(oxPointSetQuery&& other) : oxPointSetQuery(static_cast<const oxPointSetQuery&>(other)) {}
+oxPointSetQuery& oxPointSetQuery::operator=(const oxPointSetQuery& other) = default;
+oxPointSetQuery& oxPointSetQuery::operator=(oxPointSetQuery&& other) {
+    return *this = static_cast<const oxPointSetQuery&>(other);
+}
+oxPointSetQuery::~oxPointSetQuery() = default;
+
+void oxPointSetQuery::computeAccelerationStructure() {
+    oxVertexBuffer& vb = *m_vertices;
+    const unsigned int count = static_cast<unsigned int>(vb.GetVertexQuantity());
+    float* positions = count ? &vb.Position3(0).X() : nullptr;
+    const unsigned int stride = static_cast<unsigned int>(vb.GetChannelQuantity());
+    oxPointSetProcessing::CenterAndScale(positions, count, stride, m_center, &m_scale);
+    m_bvh->build(positions, count, stride, 21, 16);
+    oxPointSetProcessing::ComputeKNN(positions, count, stride, *m_bvh, 16, *m_knn, nullptr);
+    m_pending = 0;
+}
+
+void oxPointSetQuery::computePointRadii() {
+    if (m_pending) computeAccelerationStructure();
+    if (!m_vertices->GetAttributes().HasPSize()) {
+        const oxVertexBuffer& old = *m_vertices;
+        oxAttributes attributes = old.GetAttributes();
+        attributes.SetPSizeChannels(1);
+        const int count = old.GetVertexQuantity();
+        oxPointer<oxVertexBuffer> replacement(new oxVertexBuffer(attributes, count));
+        const bool normals = old.GetAttributes().HasNormal();
+        for (int i = 0; i < count; ++i) {
+            replacement->Position3(i) = old.Position3(i);
+            if (normals) replacement->Normal3(i) = old.Normal3(i);
+            replacement->PSize1(i) = 0.0f;
+        }
+        m_vertices = replacement;
+        computeAccelerationStructure();
+    }
+    oxVertexBuffer& vb = *m_vertices;
+    const unsigned int count = static_cast<unsigned int>(vb.GetVertexQuantity());
+    if (count == 0) {
+        m_bvh->computeBBoxes(nullptr, 0);
+        return;
+    }
+    const unsigned int stride = static_cast<unsigned int>(vb.GetChannelQuantity());
+    float* sizes = &vb.PSize1(0);
+    oxPointSetProcessing::ComputePointsRadii(count, &vb.Position3(0).X(), stride, sizes, stride, *m_knn, 4.0f);
+    m_bvh->computeBBoxes(sizes, stride);
+}
+
+namespace {
+
+// Branch-and-bound walk over the hierarchy's node boxes shared by both queries: `visit`
+// is called for every point of every leaf whose box overlaps the sphere around `centre`
+// of squared radius `radius2()` (re-read at every node, so a shrinking radius prunes).
+template <class Radius2, class Visit>
+void walkSphere(const oxPointSetProcessing::oxMiniBVH& bvh, unsigned int node, const Wm4::Vector3<float>& centre,
+                const Radius2& radius2, const Visit& visit) {
+    if (!bvh.getNodeBBox(node).overlapsSphere(centre, radius2())) return;
+    const oxPointSetProcessing::oxMiniBVHNode& n = bvh.getNode(node);
+    if (n.isLeaf()) {
+        const unsigned int first = n.getFirstPrimIdx(), end = first + n.getNoPrimitives();
+        for (unsigned int j = first; j < end; ++j) visit(j);
+        return;
+    }
+    const unsigned int left = bvh.getNodeIndex(n.leftChildNode());
+    walkSphere(bvh, left, centre, radius2, visit);
+    walkSphere(bvh, left + 1, centre, radius2, visit);
+}
+
+}  // namespace
+
+unsigned int oxPointSetQuery::getNearestVertex(const Wm4::Vector3<float>& position, unsigned int excluded) const {
+    if (m_bvh->getNoNodes() == 0) return 0;
+    const oxVertexBuffer& vb = *m_vertices;
+    float best = std::numeric_limits<float>::infinity();
+    unsigned int bestIndex = 0;
+    walkSphere(
+        *m_bvh, 0, position, [&] { return best * best; },
+        [&](unsigned int j) {
+            const float d2 = (vb.Position3(int(j)) - position).SquaredLength();
+            if (best * best > d2 && j != excluded) {
+                best = std::sqrt(d2);
+                bestIndex = j;
+            }
+        });
+    return bestIndex;
+}
+
+unsigned int oxPointSetQuery::getNoPointsInSphere(const Wm4::Vector3<float>& centre, float radius) const {
+    if (m_bvh->getNoNodes() == 0) return 0;
+    const oxVertexBuffer& vb = *m_vertices;
+    const float r2 = radius * radius;
+    unsigned int count = 0;
+    walkSphere(
+        *m_bvh, 0, centre, [r2] { return r2; },
+        [&](unsigned int j) {
+            if (r2 > (vb.Position3(int(j)) - centre).SquaredLength()) ++count;
+        });
+    return count;
+}
+
+}  // namespace ox
