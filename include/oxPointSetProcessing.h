@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include "oxMiniBVH.h"
 #include "scenegraph/oxPointer.h"
@@ -65,6 +66,37 @@ void CenterAndScale(float* points, unsigned int count, unsigned int stride, floa
 /// moved by +0.0001 on each axis) and each link j of point i becomes the triangle
 /// (j, i, count + i). The caller shares the result.
 oxPointer<oxTriMesh> KNNToMesh(const KNN& knn, const oxVertexBuffer* vertices);
+
+/// Plain k nearest neighbours of every point, the point itself excluded, in increasing
+/// distance and in the caller's point order (the points are not reordered: the search
+/// works on a private Morton-sorted copy). `neighbours` receives count * k indices;
+/// slots beyond the number of other points hold 0xFFFFFFFF. Cost: O(count k log count).
+void ComputeKNearest(const float* points, unsigned int count, unsigned int stride, unsigned int k,
+                     std::vector<unsigned int>& neighbours, oxProgressNotifierInterface* notifier = nullptr);
+
+/// Unoriented normal of every point by local principal component analysis: the
+/// eigenvector of the smallest eigenvalue of the covariance of the point and its k
+/// nearest neighbours. Written to normals[i * normalStride .. + 2], unit length; a point
+/// with fewer than 2 neighbours, or whose neighbourhood has no plane (all neighbours
+/// equal), gets the zero vector. Progress 0..1 when a notifier is given.
+void EstimateNormals(const float* points, unsigned int count, unsigned int stride, float* normals,
+                     unsigned int normalStride, unsigned int k = 16, oxProgressNotifierInterface* notifier = nullptr);
+
+/// Consistent orientation of unoriented normals. Over the symmetric k-nearest-neighbour
+/// graph, each connected component is seeded at its point of largest x, whose normal is
+/// turned to face away from the component's centroid (outwards), and orientation is
+/// propagated along a minimum spanning tree whose edge weight is the disagreement
+/// 1 - |ni . nj| of the two normals, so that propagation crosses flat regions first and
+/// creases last. A normal is flipped when it disagrees with its tree parent. Zero normals
+/// are left as they are and do not propagate. Returns the number of components.
+unsigned int OrientNormals(const float* points, unsigned int count, unsigned int stride, float* normals,
+                           unsigned int normalStride, unsigned int k = 16,
+                           oxProgressNotifierInterface* notifier = nullptr);
+
+/// Orients every normal towards a viewpoint (a scanner position): n is flipped when
+/// n . (viewpoint - p) < 0.
+void OrientNormalsTowards(const float* points, unsigned int count, unsigned int stride, float* normals,
+                          unsigned int normalStride, const float viewpoint[3]);
 
 }  // namespace oxPointSetProcessing
 }  // namespace ox
