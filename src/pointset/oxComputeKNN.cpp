@@ -7,6 +7,7 @@
 // coordinate, so overlapping ranges cost nothing twice. The candidates are then thinned
 // to those not hidden behind a nearer neighbour.
 //
+// Each point's Morton code is computed once per call and looked up during the search.
 // The graph is searched once; the lists are kept in a scratch array and then copied into
 // an exactly sized result, with the same progress values a count pass followed by a fill
 // pass reports.
@@ -33,6 +34,7 @@ KNN::~KNN() {
 namespace {
 
 constexpr std::uint32_t kNoIndex = 0xFFFFFFFFu;
+constexpr unsigned int kLevels = 23;  // cell levels 0 .. 21 + 1 of 64-bit codes
 
 float sentinelDistance() {
     const std::uint32_t bits = 0xFF7FFFEEu;  // -3.40282e38: below every real distance
@@ -77,6 +79,21 @@ public:
         }
         m_cube = bvh.getCubeSize();
         m_mask = bvh.getMask64();
+        m_scale = bvh.getScale();
+        // The points' own codes, from their unmarked coordinates, looked up instead of
+        // recomputed: the search compares them many times per query.
+        m_codes.resize(count);
+        m_cells.resize(3 * std::size_t(count));
+        for (unsigned int j = 0; j < count; ++j) {
+            const float* p = point(j);
+            for (int a = 0; a < 3; ++a)
+                m_cells[3 * std::size_t(j) + a] =
+                    static_cast<std::uint32_t>(morton::quantize(p[a], m_origin[a], m_scale, m_mask));
+            m_codes[j] = code(p);
+        }
+        // Side of a Morton cell per level: E / ((mask >> level) + 1).
+        for (unsigned int level = 0; level < kLevels; ++level)
+            m_cellSize[level] = m_cube / static_cast<float>((m_mask >> level) + 1);
     }
 
     /// Searches point i and leaves its thinned neighbour list in thinned()/noThinned().
@@ -107,13 +124,20 @@ private:
         std::memcpy(x, &w, 4);
     }
 
+    /// Morton code of a position with the hierarchy's quantisation (inlined here: the
+    /// query box corners are coded at every step).
     Code code(const float* p) const {
-        if constexpr (sizeof(Code) == 8)
-            return m_bvh.mortonCode64(p);
-        else
-            return m_bvh.mortonCode32(p);
+        const std::uint64_t q[3] = {morton::quantize(p[0], m_origin[0], m_scale, m_mask),
+                                    morton::quantize(p[1], m_origin[1], m_scale, m_mask),
+                                    morton::quantize(p[2], m_origin[2], m_scale, m_mask)};
+        if constexpr (sizeof(Code) == 8) {
+            return morton::spreadBits64(q[0]) | (morton::spreadBits64(q[1]) << 1) | (morton::spreadBits64(q[2]) << 2);
+        } else {
+            return morton::spreadBits32(std::uint32_t(q[0])) | (morton::spreadBits32(std::uint32_t(q[1])) << 1) |
+                   (morton::spreadBits32(std::uint32_t(q[2])) << 2);
+        }
     }
-    Code codeOf(std::int64_t j) const { return code(point(static_cast<std::uint32_t>(j))); }
+    Code codeOf(std::int64_t j) const { return m_codes[static_cast<std::size_t>(j)]; }
 
     /// Candidate insertion: a farther point than the heap's worst, or one already in the
     /// heap, changes nothing; otherwise it replaces the worst and sinks to its place.
@@ -141,6 +165,8 @@ private:
     /// Radius of the current worst candidate, the query box clamped to the points' bounds,
     /// and the codes of its corners.
     void updateQueryBox() {
+        if (m_dist[1] == m_boxRadius2) return;  // same radius, same box and codes
+        m_boxRadius2 = m_dist[1];
         const float r = std::sqrt(m_dist[1]);
         float lo[3], hi[3];
         for (int a = 0; a < 3; ++a) {
@@ -153,17 +179,18 @@ private:
 
     /// Squared distance from the query to the smallest Morton cell holding points a and b.
     float cellLowerBound(std::int64_t a, std::int64_t b) const {
-        const Code ca = codeOf(a), cb = codeOf(b);
-        const Code diff = ca ^ cb;
+        const Code diff = codeOf(a) ^ codeOf(b);
         const unsigned int level = diff ? morton::highestBit64(diff) / 3 + 1 : 0;
-        const std::uint64_t prefix = static_cast<std::uint64_t>(ca) >> (3 * level);
-        const float cells = static_cast<float>((m_mask >> level) + 1);
-        const float size = m_cube / cells;
+        const float size = m_cellSize[level];
+        // The cell's integer coordinates are point a's quantised coordinates with the
+        // `level` lowest bits dropped (the de-interleaved code prefix).
+        const std::uint32_t* cell = &m_cells[3 * static_cast<std::size_t>(a)];
         float bound = 0.0f;
-        for (int a = 0; a < 3; ++a) {
-            const float lo = m_origin[a] + static_cast<float>(morton::compactBits64(prefix >> a)) * size;
+        for (int axis = 0; axis < 3; ++axis) {
+            const float lo = m_origin[axis] + static_cast<float>(cell[axis] >> level) * size;
             const float hi = lo + size;
-            const float gap = m_p[a] < lo ? lo - m_p[a] : (m_p[a] > hi ? m_p[a] - hi : 0.0f);
+            const float p = m_p[axis];
+            const float gap = p < lo ? lo - p : (p > hi ? p - hi : 0.0f);
             bound += gap * gap;
         }
         return bound;
@@ -192,6 +219,7 @@ private:
     void search(unsigned int i) {
         std::fill(m_dist.begin(), m_dist.end(), std::numeric_limits<float>::infinity());
         std::fill(m_idx.begin(), m_idx.end(), kNoIndex);
+        m_boxRadius2 = -1.0f;
         const std::int64_t n = m_count, S = m_S, qi = i;
         std::int64_t first, last;
         if (2 * S + 1 >= n) {
@@ -273,7 +301,12 @@ private:
     Code m_q = 0, m_lo = 0, m_hi = 0;
     float m_boundsMin[3], m_boundsMax[3], m_origin[3];
     float m_cube = 0;
+    float m_scale = 1;
     std::uint64_t m_mask = 0;
+    std::vector<Code> m_codes;           // code of every point
+    std::vector<std::uint32_t> m_cells;  // quantised x, y, z of every point
+    float m_cellSize[kLevels];
+    float m_boxRadius2 = -1.0f;          // heap root distance the query box codes were made for
 };
 
 template <class T>

@@ -43,14 +43,14 @@ struct oxMiniBVH::Impl {
     // Resizes the raw block to `slots` nodes and re-points the inner nodes when the block
     // moved (inner nodes hold absolute child addresses).
     void resizeNodes(std::size_t slots) {
-        void* old = rawNodes;
+        // Only the old address's value is kept, to re-point children if the block moves.
+        const std::uintptr_t oldNodes = rawNodes ? reinterpret_cast<std::uintptr_t>(nodes) : 0;
         void* grown = std::realloc(rawNodes, slots * sizeof(oxMiniBVHNode));
         if (!grown) throw std::bad_alloc();
         rawNodes = grown;
         nodes = static_cast<oxMiniBVHNode*>(rawNodes) + 1;
-        if (old && grown != old) {
-            const auto oldNodes = reinterpret_cast<std::uintptr_t>(static_cast<oxMiniBVHNode*>(old) + 1);
-            const auto newNodes = reinterpret_cast<std::uintptr_t>(nodes);
+        const auto newNodes = reinterpret_cast<std::uintptr_t>(nodes);
+        if (oldNodes && newNodes != oldNodes) {
             for (unsigned int i = 0; i < noNodes; ++i)
                 if (!nodes[i].isLeaf()) nodes[i].setWord(nodes[i].getWord() - oldNodes + newNodes);
         }
