@@ -1,0 +1,149 @@
+// Static operations on triangle meshes: quadric edge-collapse simplification and clean-up
+// operations that repair or tidy a mesh in place.
+//
+// Meshes are read through their vertex buffer (Position3 per vertex) and index buffer (three
+// indices per triangle, triangle count = index count / 3). Operations that change the topology
+// replace the mesh's buffers by new, compacted ones. Failed preconditions print a diagnostic line
+// to standard output and leave the mesh unchanged; no exceptions, no error codes.
+#pragma once
+
+#include <vector>
+
+#include "oxQuadricErrorMetric.h"
+#include "scenegraph/oxGeometry.h"
+#include "scenegraph/oxTriMesh.h"
+#include "system/oxProgressNotifierInterface.h"
+
+namespace ox {
+namespace oxMeshProcessing {
+
+// ---------------------------------------------------------------------------------------------
+// Simplification
+
+/// Why an edge-collapse run ended (reported through tEdgeCollapseReport).
+enum class tCollapseStop {
+    NotManifold,       ///< set-up refused the input (message printed); mesh unchanged
+    TargetAboveCount,  ///< the target was above the triangle count; mesh unchanged
+    TargetReached,     ///< the requested number of collapses was performed
+    ErrorBoundReached, ///< the cheapest queued edge cost reached the squared error bound
+    NoLegalCollapse    ///< no queued edge is legal (queue empty or only infinite costs left)
+};
+
+/// Outcome of GenericEdgeCollapse, for callers that report it.
+struct tEdgeCollapseReport {
+    tCollapseStop stop = tCollapseStop::NotManifold;
+    unsigned int trianglesBefore = 0;
+    unsigned int trianglesAfter = 0;
+    unsigned int collapses = 0;
+};
+
+/// Simplifies `mesh` in place by repeated edge collapses, cheapest first, until
+/// `targetTriangleCount` is reached (each collapse removes two triangles, so (T - target) / 2
+/// collapses are attempted) or the cheapest cost reaches maxError^2 (written into `metric`).
+///
+/// Set-up prints "Error while initializing edge collapse: input mesh is not manifold" and
+/// returns unchanged for a triangle with two equal corners or an edge claimed by a third
+/// triangle. With colour unit 0 present, every vertex is painted (1, 0.2, 0.2) and every
+/// survivor of a collapse (0.2, 0.2, 1). Edges with both endpoints in `lockedVertices` are never
+/// collapsed; an edge with one locked endpoint collapses onto that endpoint's position (costed
+/// there). A collapse is skipped when the edge is on the boundary, when both endpoints are on
+/// the boundary (it would pinch the surface), when an apex has valency <= 3, when the link
+/// condition fails, or when the cost recomputed at removal time is not below the bound (a
+/// finite one is re-queued, so the run then stops on the bound; an infinite one - fold-over or
+/// crowded neighbourhood - is dropped until a neighbouring collapse re-costs it). A recomputed
+/// cost that differs from the queued one prints "error at edge E (iterationN): new != old"
+/// during the first 100 collapses (diagnostic only). The survivor is the endpoint with the
+/// smaller index. Queue ties are broken by the smaller edge index. Finally the mesh gets new
+/// buffers: the surviving vertices (whole records, in index order) and the triangles with three
+/// distinct corners. Closed manifold input stays closed and manifold with the same Euler
+/// characteristic. `report` (may be null) receives the outcome; progress (may be null) gets
+/// done / needed. Cost O(E log E).
+void GenericEdgeCollapse(oxTriMesh& mesh, oxQuadricErrorMetric& metric, unsigned int targetTriangleCount,
+                         float maxError, const std::vector<bool>* lockedVertices = nullptr,
+                         oxProgressNotifierInterface* progress = nullptr, tEdgeCollapseReport* report = nullptr);
+
+/// Simplification that leaves the shape visually unchanged: GenericEdgeCollapse with a fresh
+/// metric (lambda 0.01), target 0 and error bound 1e-3 (in coordinates where the half bounding
+/// box extent is 1), i.e. it removes the triangles that flat and gently curved regions do not
+/// need. Non-manifold input is left unchanged (with the set-up message).
+void HQEdgeCollapse(oxTriMesh& mesh, oxProgressNotifierInterface* progress = nullptr);
+
+// ---------------------------------------------------------------------------------------------
+// Normals and sanity
+
+/// Adds the angle-weighted unit face normals of every triangle to the vertex normals already in
+/// the buffer, then normalises every vertex normal (zero when the sum is zero). The old normals
+/// are deliberately kept in the sum; zero them first for normals from the geometry alone.
+/// acos arguments are not clamped (rounding just outside [-1, 1] gives NaN). No normal channel:
+/// no change. O(V + T).
+void RecomputeNormals(oxTriMesh& mesh);
+
+/// Removes the connected components (ClusterizeConnectedComponents) whose triangles face inwards:
+/// per component, the normals of the triangles touching its vertex of smallest x are summed (the
+/// sum restarts whenever a triangle reveals a vertex with a strictly smaller x); a positive x
+/// component of that sum marks the component inverted. Replaces the buffers by compacted ones
+/// (kept vertices in old order; positions, plus normals and colour unit 0 when present; other
+/// channels dropped). O(V + T).
+void EraseComponentsWithInvertedNormals(oxTriMesh& mesh);
+
+/// False when the index buffer holds fewer than 3 indices (or is absent) or an index is not
+/// below the vertex count; true otherwise (an index count that is not a multiple of 3 is not
+/// detected). O(indices).
+bool CheckMeshSanity(const oxTriMesh& mesh);
+
+// ---------------------------------------------------------------------------------------------
+// Components
+
+/// Labels every triangle with its connected component (0 .. count - 1) in `labels` and returns
+/// the count. Triangles are connected when they share a vertex (so pinched parts form one
+/// component); components are numbered in order of their first triangle. O(V + T).
+unsigned int ClusterizeConnectedComponents(const oxTriMesh& mesh, std::vector<unsigned int>& labels);
+
+/// Keeps only the connected component with the most triangles (the first one on ties); vertices
+/// no longer used are removed, the rest keep their whole records in old order. O(V + T).
+void KeepSingleConnectedComponent(oxTriMesh& mesh);
+
+// ---------------------------------------------------------------------------------------------
+// Smoothing and shape improvement
+
+/// `iterations` passes of uniform Laplacian smoothing: each interior vertex moves by `factor`
+/// towards the average of its neighbours, vertex after vertex. A move is refused when it would
+/// turn any incident triangle to face against its normal in the input (non-positive dot
+/// product) or make it degenerate, so no triangle is ever flipped. Boundary vertices and
+/// vertices flagged in `lockedVertices` (may be null) stay fixed. O(iterations * T).
+void SafeLaplacianSmoothing(oxTriMesh& mesh, unsigned int iterations, float factor,
+                            const std::vector<bool>* lockedVertices = nullptr);
+
+/// Improves triangle shape by edge flips: an interior edge (a, b) shared by triangles (a, b, c)
+/// and (b, a, d) becomes (c, d) when the smallest angle of the new pair is larger than that of
+/// the old pair, the two triangles are nearly coplanar (normals within about 10 degrees, so
+/// creases are kept), edge (c, d) does not exist yet (no non-manifold edge) and both new
+/// triangles face the same side as the old ones (no flipped triangle). Passes repeat until no
+/// flip applies (at most 50). Non-manifold edges are never flipped. O(passes * T).
+void FlipEdges(oxTriMesh& mesh);
+
+// ---------------------------------------------------------------------------------------------
+// Repair of real files
+
+/// Welds vertices within `tolerance` (distance <= tolerance; 0 welds identical positions only,
+/// -0 and +0 alike): vertices are visited in index order and each joins the lowest-indexed
+/// earlier representative within the tolerance, or becomes a representative. Triangles are redirected to representatives, triangles that
+/// become degenerate are dropped, vertices left unused are removed (records kept in old order).
+/// Returns the number of vertices merged into others. Cost O(V) expected (uniform grid).
+unsigned int WeldSimilarVertices(oxTriMesh& mesh, float tolerance);
+
+/// Removes every triangle whose three vertex indices (in any order or winding) equal those of
+/// an earlier triangle; the first occurrence is kept, vertices are untouched. Returns the
+/// number of triangles removed. Invalid indices (CheckMeshSanity false): no change. O(T log T).
+unsigned int RemoveDuplicateTriangles(oxTriMesh& mesh);
+
+// ---------------------------------------------------------------------------------------------
+// Chain
+
+/// KeepSingleConnectedComponent; then, unless `iterations` is 0, for each iteration i: when
+/// `smooth`, SafeLaplacianSmoothing(geometry, 5, 0.2, null); FlipEdges(geometry); and on the
+/// first pass only, HQEdgeCollapse(geometry, null).
+void Filter(oxGeometry& geometry, bool smooth, unsigned int iterations);
+
+} // namespace oxMeshProcessing
+} // namespace ox

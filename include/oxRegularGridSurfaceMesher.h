@@ -1,0 +1,53 @@
+// oxRegularGridSurfaceMesher: sparse, surface-following marching cubes on a regular grid.
+//
+// The grid has 2^depth cells per axis (depth clamped to 1..10) over the cube that bounds
+// the surface's points grown by their radii. Meshing starts from the cells that contain
+// points, grows across every cube face the surface crosses (corner signs differ on it),
+// and emits one shared vertex per cut grid edge, placed by ten bisection steps of the
+// potential. Triangles face the positive side of the potential (outward for a surface
+// whose normals point outward). Normals are not written.
+//
+// Progress values go through oxProgressMonitorable; standard output receives one
+// "iteration :<n>" line per growth iteration, then "searching precise surface position"
+// and "done".
+//
+// Corners of the last cell layer of an axis are clamped onto that layer (a corner key never
+// leaves the grid), so a cell there has coinciding corners; seed cells take a corner's bit
+// from its actual offset. The cube is padded by the point radii, which keeps the points
+// out of that layer whenever a radius spans a cell or more (the usual case).
+//
+// Process-wide state, kept on purpose: the per-face boundary tests of the growth step are
+// function-local tables initialised once, from the grid size of the FIRST call in the
+// process. A later call with another effective depth tests its faces against those first
+// boundaries (a coarser first call blocks growth at its cell boundaries; a finer one lets
+// growth leave a smaller grid). Use one depth per process when this matters.
+#pragma once
+
+#include "oxSurfacePolygonizer.h"
+#include "system/oxProgressMonitorable.h"
+
+namespace ox {
+
+class oxRegularGridSurfaceMesher : public oxSurfacePolygonizer, public oxProgressMonitorable {
+public:
+    /// Borrows the surface (it and its query must outlive the mesher); depth 7.
+    explicit oxRegularGridSurfaceMesher(const oxPointSetSurface* surface);
+    oxRegularGridSurfaceMesher(const oxRegularGridSurfaceMesher&) = default;
+    oxRegularGridSurfaceMesher& operator=(const oxRegularGridSurfaceMesher&) = default;
+
+    /// Stores the depth as given; computeMesh clamps it to 1..10.
+    void setDepth(unsigned int depth) { m_depth = depth; }
+    unsigned int getDepth() const { return m_depth; }
+
+    /// Meshes the surface (positions in the query's normalised frame) into a new geometry
+    /// with one vertex buffer (3 position and 3 normal channels, normals zero) and one
+    /// triangle index buffer; owned by the caller. Precondition: the point set holds at
+    /// least one point with a point size. Cost: a few potential evaluations per surface
+    /// cell (each distinct grid corner is evaluated once) plus ten per output vertex.
+    oxGeometry* computeMesh() override;
+
+private:
+    unsigned int m_depth = 7;
+};
+
+}  // namespace ox

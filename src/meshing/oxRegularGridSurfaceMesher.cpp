@@ -1,0 +1,303 @@
+// Sparse regular-grid marching cubes: seed cells from the points, corner signs, growth
+// across crossed faces, shared vertices on cut edges, bisection.
+#include "oxRegularGridSurfaceMesher.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <deque>
+#include <iostream>
+#include <limits>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "oxPointSetQuery.h"
+#include "oxPointSetSurface.h"
+#include "scenegraph/oxAttributes.h"
+#include "scenegraph/oxGeometry.h"
+#include "scenegraph/oxIndexBuffer.h"
+#include "scenegraph/oxVertexBuffer.h"
+
+namespace ox {
+
+using Vec3 = Wm4::Vector3<float>;
+
+namespace {
+
+// Cell and corner keys pack 10 bits per axis: (k << 20) | (j << 10) | i.
+constexpr unsigned int kAxisBits = 10;
+constexpr unsigned int kAxisMask = (1u << kAxisBits) - 1;
+
+// The six faces of a cell (x-, x+, y-, y+, z-, z+): the corners on the face and the key
+// step to the neighbour across it.
+constexpr unsigned int kFaceCorners[6] = {0x55, 0xAA, 0x33, 0xCC, 0x0F, 0xF0};
+constexpr std::int32_t kFaceStep[6] = {-1, 1, -1024, 1024, -1048576, 1048576};
+
+// The grid: size, the world frame of the bounding cube, and every potential already
+// evaluated at a grid corner (each distinct corner is evaluated once per mesh).
+class tGrid {
+public:
+    tGrid(const oxPointSetSurface& surface, unsigned int n, const Vec3& centre, float extent)
+        : m_surface(surface), m_n(n), m_centre(centre), m_extent(extent) {}
+
+    unsigned int size() const { return m_n; }
+
+    // Key of corner `corner` (offset (c & 1, (c >> 1) & 1, (c >> 2) & 1)) of cell `key`;
+    // a +1 that would leave the grid stays on the last plane.
+    unsigned int cornerKey(unsigned int key, unsigned int corner) const {
+        unsigned int result = 0;
+        for (unsigned int axis = 0; axis < 3; ++axis) {
+            unsigned int c = (key >> (kAxisBits * axis)) & kAxisMask;
+            if ((corner >> axis) & 1u) c = std::min(c + 1, m_n - 1);
+            result |= c << (kAxisBits * axis);
+        }
+        return result;
+    }
+
+    // World position of a grid point given in (possibly fractional) grid coordinates.
+    Vec3 toWorld(float i, float j, float k) const {
+        const float n = static_cast<float>(m_n);
+        return Vec3((i / n - 0.5f) * m_extent + m_centre.X(), (j / n - 0.5f) * m_extent + m_centre.Y(),
+                    (k / n - 0.5f) * m_extent + m_centre.Z());
+    }
+    Vec3 cornerPosition(unsigned int key) const {
+        return toWorld(static_cast<float>(key & kAxisMask), static_cast<float>((key >> 10) & kAxisMask),
+                       static_cast<float>((key >> 20) & kAxisMask));
+    }
+    Vec3 cellCentre(unsigned int key) const {
+        return toWorld(static_cast<float>(key & kAxisMask) + 0.5f, static_cast<float>((key >> 10) & kAxisMask) + 0.5f,
+                       static_cast<float>((key >> 20) & kAxisMask) + 0.5f);
+    }
+
+    float potential(const Vec3& x) const { return m_surface.computePotential(x); }
+
+    // The potential at a grid corner, evaluated on first use.
+    float cornerPotential(unsigned int key) {
+        const auto found = m_corners.find(key);
+        if (found != m_corners.end()) return found->second;
+        const float value = potential(cornerPosition(key));
+        m_corners.emplace(key, value);
+        return value;
+    }
+    void rememberCorner(unsigned int key, float value) { m_corners.emplace(key, value); }
+
+    // Configuration byte of a cell: bit c set when corner c has a positive potential.
+    unsigned int cellConfiguration(unsigned int key) {
+        unsigned int config = 0;
+        for (unsigned int c = 0; c < 8; ++c)
+            if (cornerPotential(cornerKey(key, c)) > 0.0f) config |= 1u << c;
+        return config;
+    }
+
+    void reserveCorners(std::size_t count) { m_corners.reserve(count); }
+
+private:
+    const oxPointSetSurface& m_surface;
+    unsigned int m_n;
+    Vec3 m_centre;
+    float m_extent;
+    std::unordered_map<unsigned int, float> m_corners;
+};
+
+// Grid coordinate of a normalised coordinate f = (p - centre) * scale + N/2: truncated
+// toward zero; a negative result (as unsigned, huge) and anything at or beyond N (or NaN)
+// end on the last cell.
+unsigned int gridCoordinate(float f, unsigned int n) {
+    if (f > -1.0f && f < static_cast<float>(n)) return std::min(static_cast<unsigned int>(static_cast<int>(f)), n - 1);
+    return n - 1;
+}
+
+}  // namespace
+
+oxRegularGridSurfaceMesher::oxRegularGridSurfaceMesher(const oxPointSetSurface* surface)
+    : oxSurfacePolygonizer(surface) {}
+
+oxGeometry* oxRegularGridSurfaceMesher::computeMesh() {
+    // 1. Grid size.
+    const unsigned int depth = std::min(std::max(m_depth, 1u), 10u);
+    const unsigned int n = 1u << depth;
+    const unsigned int mask = n - 1;
+
+    // 2. Bounding cube of the points grown by their radii.
+    const oxVertexBuffer& points = *m_surface->getPointSet()->getVertices();
+    const int noPoints = points.GetVertexQuantity();
+    const float inf = std::numeric_limits<float>::infinity();
+    Vec3 lo(inf, inf, inf), hi(-inf, -inf, -inf);
+    for (int p = 0; p < noPoints; ++p) {
+        const Vec3& x = points.Position3(p);
+        const float r = points.PSize1(p);
+        for (int a = 0; a < 3; ++a) {
+            lo[a] = std::min(lo[a], x[a] - r);
+            hi[a] = std::max(hi[a], x[a] + r);
+        }
+    }
+    const Vec3 centre = (lo + hi) * 0.5f;
+    const float extent = std::max(hi[0] - lo[0], std::max(hi[1] - lo[1], hi[2] - lo[2]));
+    const float scale = static_cast<float>(n) / extent;
+    tGrid grid(*m_surface, n, centre, extent);
+
+    // 3. Seed cells: the distinct cells holding a point, ascending.
+    std::vector<unsigned int> seeds(static_cast<std::size_t>(noPoints));
+    const float half = static_cast<float>(n >> 1);
+    for (int p = 0; p < noPoints; ++p) {
+        const Vec3& x = points.Position3(p);
+        unsigned int key = 0;
+        for (unsigned int a = 0; a < 3; ++a)
+            key |= gridCoordinate((x[int(a)] - centre[int(a)]) * scale + half, n) << (kAxisBits * a);
+        seeds[static_cast<std::size_t>(p)] = key;
+    }
+    std::sort(seeds.begin(), seeds.end());
+    seeds.erase(std::unique(seeds.begin(), seeds.end()), seeds.end());
+    const std::size_t noSeeds = seeds.size();
+
+    // 4. Corner signs of the seed cells, one evaluation per distinct corner: (corner key,
+    // cell index) entries sorted by corner key, one run per corner.
+    std::vector<std::uint64_t> entries;
+    entries.reserve(8 * noSeeds);
+    for (std::size_t s = 0; s < noSeeds; ++s)
+        for (unsigned int c = 0; c < 8; ++c)
+            entries.push_back((static_cast<std::uint64_t>(s) << 32) | grid.cornerKey(seeds[s], c));
+    std::sort(entries.begin(), entries.end(), [](std::uint64_t a, std::uint64_t b) {
+        return static_cast<std::uint32_t>(a) < static_cast<std::uint32_t>(b) ||
+               (static_cast<std::uint32_t>(a) == static_cast<std::uint32_t>(b) && a < b);
+    });
+    grid.reserveCorners(2 * entries.size() / 8 + 64);
+    std::vector<unsigned char> seedConfig(noSeeds, 0);
+    for (std::size_t e = 0; e < entries.size();) {
+        setProgressValue(static_cast<float>(e) * 0.125f / static_cast<float>(noSeeds));
+        const unsigned int corner = static_cast<std::uint32_t>(entries[e]);
+        std::size_t end = e + 1;
+        while (end < entries.size() && static_cast<std::uint32_t>(entries[end]) == corner) ++end;
+        const float value = grid.potential(grid.cornerPosition(corner));
+        grid.rememberCorner(corner, value);
+        if (value > 0.0f) {
+            for (std::size_t r = e; r < end; ++r) {
+                const std::size_t s = static_cast<std::size_t>(entries[r] >> 32);
+                const unsigned int cell = seeds[s];
+                // The corner number comes from the actual offset: a corner clamped onto the
+                // cell's own plane counts as offset 0 on that axis.
+                const unsigned int dx = (corner & kAxisMask) - (cell & kAxisMask);
+                const unsigned int dy = ((corner >> 10) & kAxisMask) - ((cell >> 10) & kAxisMask);
+                const unsigned int dz = ((corner >> 20) & kAxisMask) - ((cell >> 20) & kAxisMask);
+                seedConfig[s] |= static_cast<unsigned char>(1u << ((dz * 2 + dy) * 2 + dx));
+            }
+        }
+        e = end;
+    }
+
+    // 5. The cell map (key -> configuration); ascending order is restored when walking it.
+    std::unordered_map<unsigned int, unsigned char> cells;
+    cells.reserve(4 * noSeeds + 64);
+    for (std::size_t s = 0; s < noSeeds; ++s) cells.emplace(seeds[s], seedConfig[s]);
+
+    // 6. Per-face existence tests, built from the grid size of the first call in the
+    // process and kept for every later call (see the header).
+    static const unsigned int faceCoordinateMask[6] = {mask, mask, mask << 10, mask << 10, mask << 20, mask << 20};
+    static const unsigned int faceBoundary[6] = {0, mask, 0, mask << 10, 0, mask << 20};
+
+    // 7. Growth from one cell: new neighbours across crossed faces join the map and the queue.
+    std::deque<std::pair<unsigned int, unsigned char>> queue;
+    auto grow = [&](unsigned int key, unsigned int config) {
+        for (unsigned int f = 0; f < 6; ++f) {
+            if (!(kFaceCorners[f] & config) || !(kFaceCorners[f] & ~config)) continue;
+            if ((key & faceCoordinateMask[f]) == faceBoundary[f]) continue;
+            const unsigned int neighbour = static_cast<unsigned int>(static_cast<std::int64_t>(key) + kFaceStep[f]);
+            if (cells.count(neighbour)) continue;
+            const unsigned char neighbourConfig = static_cast<unsigned char>(grid.cellConfiguration(neighbour));
+            cells.emplace(neighbour, neighbourConfig);
+            queue.emplace_back(neighbour, neighbourConfig);
+        }
+    };
+    for (std::size_t s = 0; s < noSeeds; ++s) {
+        setProgressValue(static_cast<float>(s) / static_cast<float>(noSeeds));
+        grow(seeds[s], seedConfig[s]);
+    }
+
+    // 8. Breadth-first iterations; a cell whose centre potential is infinite (far from
+    // every point) stays in the mesh but does not grow.
+    for (unsigned int iteration = 0; !queue.empty(); ++iteration) {
+        std::cout << "iteration :" << iteration << std::endl;
+        const std::size_t taken = queue.size();
+        for (std::size_t t = 0; t < taken; ++t) {
+            setProgressValue(static_cast<float>(t) / static_cast<float>(taken));
+            const std::pair<unsigned int, unsigned char> cell = queue.front();
+            queue.pop_front();
+            if (std::isinf(grid.potential(grid.cellCentre(cell.first)))) continue;
+            grow(cell.first, cell.second);
+        }
+    }
+
+    // 9. Triangle count over the cells in ascending key order.
+    std::vector<std::pair<unsigned int, unsigned char>> ordered(cells.begin(), cells.end());
+    std::sort(ordered.begin(), ordered.end());
+    unsigned int noTriangles = 0;
+    for (const auto& cell : ordered) {
+        unsigned int count;
+        const unsigned int* edges;
+        oxSurfacePolygonizer::GetCubePolygonConfiguration(~static_cast<unsigned int>(cell.second), count, edges);
+        noTriangles += count;
+    }
+    oxIndexBuffer* indices = new oxIndexBuffer(static_cast<int>(3 * noTriangles));
+
+    // 10. Shared vertices: one per ordered corner-key pair, numbered in first-use order.
+    std::unordered_map<std::uint64_t, unsigned int> vertexOf;
+    vertexOf.reserve(2 * noTriangles + 16);
+    std::vector<std::uint64_t> vertexKeys;
+    int slot = 0;
+    for (const auto& cell : ordered) {
+        unsigned int count;
+        const unsigned int* edges;
+        const unsigned int* row =
+            oxSurfacePolygonizer::GetCubePolygonConfiguration(~static_cast<unsigned int>(cell.second), count, edges);
+        unsigned int corners[8];
+        for (unsigned int c = 0; c < 8; ++c) corners[c] = grid.cornerKey(cell.first, c);
+        for (unsigned int e = 0; e < 3 * count; ++e) {
+            const unsigned int edge = row[e];
+            const std::uint64_t key =
+                (static_cast<std::uint64_t>(corners[edges[2 * edge + 1]]) << 32) | corners[edges[2 * edge]];
+            const auto inserted = vertexOf.emplace(key, static_cast<unsigned int>(vertexKeys.size()));
+            if (inserted.second) vertexKeys.push_back(key);
+            (*indices)[slot++] = inserted.first->second;
+        }
+    }
+
+    // 11. The vertex buffer: positions and (unwritten) normals.
+    const int noVertices = static_cast<int>(vertexKeys.size());
+    oxAttributes layout;
+    layout.SetPositionChannels(3);
+    layout.SetNormalChannels(3);
+    oxVertexBuffer* vertices = new oxVertexBuffer(layout, noVertices);
+    std::cout << "searching precise surface position" << std::endl;
+
+    // 12. Ten bisection steps per cut edge, vertex keys in ascending order. The corner
+    // potentials were all evaluated while classifying the cells and are reused here.
+    std::vector<std::pair<std::uint64_t, unsigned int>> byKey;
+    byKey.reserve(vertexKeys.size());
+    for (unsigned int v = 0; v < vertexKeys.size(); ++v) byKey.emplace_back(vertexKeys[v], v);
+    std::sort(byKey.begin(), byKey.end());
+    for (std::size_t i = 0; i < byKey.size(); ++i) {
+        setProgressValue(static_cast<float>(i) / static_cast<float>(byKey.size()));
+        const unsigned int first = static_cast<std::uint32_t>(byKey[i].first);
+        Vec3 a = grid.cornerPosition(first);
+        Vec3 b = grid.cornerPosition(static_cast<std::uint32_t>(byKey[i].first >> 32));
+        float fa = grid.cornerPotential(first);
+        for (int step = 0; step < 10; ++step) {
+            const Vec3 m = (a + b) * 0.5f;
+            const float fm = grid.potential(m);
+            if (fm * fa <= 0.0f) {
+                b = m;
+            } else {
+                a = m;
+                fa = fm;
+            }
+        }
+        vertices->Position3(static_cast<int>(byKey[i].second)) = (a + b) * 0.5f;
+    }
+
+    // 13. The geometry.
+    std::cout << "done" << std::endl;
+    return new oxGeometry(vertices, indices);
+}
+
+}  // namespace ox

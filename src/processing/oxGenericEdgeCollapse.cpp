@@ -1,0 +1,405 @@
+// The edge-collapse driver: set-up, priority queue, legality tests, union-find merging of
+// vertices and edges, and the final rebuild of the mesh.
+#include <algorithm>
+#include <cmath>
+#include <iostream>
+#include <queue>
+
+#include "oxMeshProcessing.h"
+#include "processing/oxEdgeEnumeration.h"
+#include "processing/oxMeshCompaction.h"
+#include "scenegraph/oxIndexBuffer.h"
+#include "scenegraph/oxVertexBuffer.h"
+
+namespace ox {
+namespace oxMeshProcessing {
+
+namespace {
+
+typedef Wm4::Vector3<float> tVec3;
+const unsigned int NONE = 0xFFFFFFFFu;
+const char* const NOT_MANIFOLD_MESSAGE = "Error while initializing edge collapse: input mesh is not manifold";
+
+/// One queue entry; entries whose stamp is not the edge's current stamp are stale (lazy
+/// deletion), so re-costing an edge pushes a new entry instead of searching for the old one.
+struct tQueueEntry {
+    float cost;
+    unsigned int edge;
+    unsigned int stamp;
+};
+
+/// Heap order: smallest cost first, ties by the smaller edge index.
+struct tLaterEntry {
+    bool operator()(const tQueueEntry& x, const tQueueEntry& y) const
+    {
+        return x.cost > y.cost || (x.cost == y.cost && x.edge > y.edge);
+    }
+};
+
+/// Working state of one collapse run.
+struct tCollapseRun {
+    oxTriMesh& mesh;
+    oxQuadricErrorMetric& metric;
+    oxVertexBuffer& vertices;
+    const unsigned int* indices;
+    float squaredMaxError;
+    bool hasColor;
+
+    std::vector<tEdge> edges;
+    std::vector<unsigned int> vertexParents, edgeParents;
+    std::vector<tNeighbourMap> neighbours;
+    std::vector<unsigned int> valency;
+    std::vector<char> locked, boundary;
+    std::vector<float> costs;
+    std::vector<unsigned int> stamps;
+    std::vector<char> queued;
+    std::priority_queue<tQueueEntry, std::vector<tQueueEntry>, tLaterEntry> queue;
+
+    tCollapseRun(oxTriMesh& m, oxQuadricErrorMetric& q)
+        : mesh(m), metric(q), vertices(*m.GetVertexBuffer()), indices(m.GetIndexBuffer()->GetData()),
+          squaredMaxError(0.0f), hasColor(vertices.GetAttributes().HasColor(0))
+    {
+    }
+
+    /// Representative of v, compressing the path.
+    unsigned int find(unsigned int v)
+    {
+        unsigned int root = v;
+        while (vertexParents[root] != root) {
+            root = vertexParents[root];
+        }
+        while (vertexParents[v] != root) {
+            const unsigned int next = vertexParents[v];
+            vertexParents[v] = root;
+            v = next;
+        }
+        return root;
+    }
+
+    /// Edge table with triangle slots filled in triangle order; false when a triangle has two
+    /// equal corners or an edge is claimed by a third triangle.
+    bool setUp(unsigned int triangleCount, unsigned int vertexCount)
+    {
+        std::vector<unsigned int> v0, v1, triangleEdges;
+        detail::enumerateEdges(indices, triangleCount, vertexCount, v0, v1, triangleEdges);
+        edges.resize(v0.size());
+        for (std::size_t e = 0; e < v0.size(); ++e) {
+            edges[e].v0 = v0[e];
+            edges[e].v1 = v1[e];
+        }
+        for (unsigned int t = 0; t < triangleCount; ++t) {
+            const unsigned int* c = indices + 3 * t;
+            if (c[0] == c[1] || c[1] == c[2] || c[2] == c[0]) {
+                return false;
+            }
+            for (int k = 0; k < 3; ++k) {
+                tEdge& edge = edges[triangleEdges[3 * t + k]];
+                if (edge.t0 == NONE) {
+                    edge.t0 = t;
+                } else if (edge.t1 == NONE) {
+                    edge.t1 = t;
+                } else {
+                    return false;
+                }
+            }
+        }
+        vertexParents.resize(vertexCount);
+        for (unsigned int v = 0; v < vertexCount; ++v) {
+            vertexParents[v] = v;
+        }
+        edgeParents.resize(edges.size());
+        neighbours.assign(vertexCount, tNeighbourMap());
+        boundary.assign(vertexCount, 0);
+        for (unsigned int e = 0; e < edges.size(); ++e) {
+            edgeParents[e] = e;
+            neighbours[edges[e].v0].insert(edges[e].v1, e);
+            neighbours[edges[e].v1].insert(edges[e].v0, e);
+            if (edges[e].t1 == NONE) {
+                boundary[edges[e].v0] = boundary[edges[e].v1] = 1;
+            }
+        }
+        valency.resize(vertexCount);
+        for (unsigned int v = 0; v < vertexCount; ++v) {
+            valency[v] = static_cast<unsigned int>(neighbours[v].size());
+        }
+        return true;
+    }
+
+    /// Cost and merged position of edge e: the optimal placement, or the locked endpoint's
+    /// position when exactly one endpoint is locked.
+    float cost(unsigned int e, tVec3& position)
+    {
+        const unsigned int a = find(edges[e].v0), b = find(edges[e].v1);
+        if (locked[a] != locked[b]) {
+            position = vertices.Position3(static_cast<int>(locked[a] ? a : b));
+            return metric.estimateEdgeCostAt(e, mesh, edges, vertexParents, edgeParents, neighbours, position);
+        }
+        return metric.estimateEdgeCost(e, mesh, edges, vertexParents, edgeParents, neighbours, position);
+    }
+
+    bool bothLocked(unsigned int e) { return locked[find(edges[e].v0)] && locked[find(edges[e].v1)]; }
+
+    void enqueue(unsigned int e, float c)
+    {
+        costs[e] = c;
+        queued[e] = 1;
+        queue.push(tQueueEntry{c, e, ++stamps[e]});
+    }
+
+    void dequeue(unsigned int e) { queued[e] = 0; }
+
+    /// Drops stale entries; false when the queue is empty.
+    bool settleFront()
+    {
+        while (!queue.empty()) {
+            const tQueueEntry& top = queue.top();
+            if (queued[top.edge] && stamps[top.edge] == top.stamp) {
+                return true;
+            }
+            queue.pop();
+        }
+        return false;
+    }
+
+    /// Corner of triangle t that is neither a nor b (NONE when there is none).
+    unsigned int apex(unsigned int t, unsigned int a, unsigned int b)
+    {
+        for (int k = 0; k < 3; ++k) {
+            const unsigned int v = find(indices[3 * t + k]);
+            if (v != a && v != b) {
+                return v;
+            }
+        }
+        return NONE;
+    }
+
+    /// True when a and b share a neighbour other than the two apexes.
+    bool linkFails(unsigned int a, unsigned int b, unsigned int c0, unsigned int c1) const
+    {
+        for (const tNeighbourMap::tEntry& entry : neighbours[a]) {
+            const unsigned int n = entry.first;
+            if (n != c0 && n != c1 && n != b && neighbours[b].find(n) != NONE) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+    /// Folds edge r-c onto s-c at apex c (tc the collapsing triangle on that side).
+    void mergeApexEdges(unsigned int s, unsigned int r, unsigned int c, unsigned int tc)
+    {
+        const unsigned int es = neighbours[s].find(c), er = neighbours[r].find(c);
+        edgeParents[er] = es;
+        dequeue(er);
+        const unsigned int otherS = edges[es].t0 == tc ? edges[es].t1 : edges[es].t0;
+        const unsigned int otherR = edges[er].t0 == tc ? edges[er].t1 : edges[er].t0;
+        edges[es].t0 = std::min(otherS, otherR);
+        edges[es].t1 = std::max(otherS, otherR);
+        neighbours[c].erase(r);
+        --valency[c];
+    }
+
+    /// Collapses edge e (endpoints a, b, apexes c0 of t0 and c1 of t1) onto `position`.
+    void collapse(unsigned int e, unsigned int a, unsigned int b, unsigned int c0, unsigned int c1,
+                  const tVec3& position)
+    {
+        const unsigned int s = std::min(a, b), r = std::max(a, b);
+        vertexParents[r] = s;
+        valency[s] = valency[a] + valency[b] - 4;
+        vertices.Position3(static_cast<int>(s)) = position;
+        if (hasColor) {
+            vertices.Color3(0, static_cast<int>(s)) = Wm4::ColorRGB(0.2f, 0.2f, 1.0f);
+        }
+        locked[s] = locked[s] || locked[r];
+        boundary[s] = boundary[s] || boundary[r];
+        tEdge merged;
+        merged.v0 = s;
+        merged.v1 = r;
+        metric.collapseEdge(merged);
+        mergeApexEdges(s, r, c0, edges[e].t0);
+        mergeApexEdges(s, r, c1, edges[e].t1);
+        neighbours[s].erase(r);
+        for (const tNeighbourMap::tEntry& entry : neighbours[r]) {
+            if (entry.first != s && entry.first != c0 && entry.first != c1) {
+                neighbours[s].insert(entry.first, entry.second);
+                neighbours[entry.first].rename(r, s);
+            }
+        }
+        neighbours[r].clear();
+        // Shorten the parent paths of every corner around the survivor, then re-cost its edges.
+        for (const tNeighbourMap::tEntry& entry : neighbours[s]) {
+            for (unsigned int t : {edges[entry.second].t0, edges[entry.second].t1}) {
+                if (t != NONE) {
+                    find(indices[3 * t]);
+                    find(indices[3 * t + 1]);
+                    find(indices[3 * t + 2]);
+                }
+            }
+        }
+        tVec3 unused;
+        for (const tNeighbourMap::tEntry& entry : neighbours[s]) {
+            if (bothLocked(entry.second)) {
+                dequeue(entry.second);
+            } else {
+                enqueue(entry.second, cost(entry.second, unused));
+            }
+        }
+    }
+
+    /// New buffers: surviving vertices in order, triangles with three distinct representatives.
+    void rebuild(unsigned int triangleCount, unsigned int vertexCount)
+    {
+        oxIndexBuffer& ib = *mesh.GetIndexBuffer();
+        std::vector<char> keepTriangle(triangleCount, 0), keepVertex(vertexCount, 0);
+        for (unsigned int v = 0; v < vertexCount; ++v) {
+            keepVertex[v] = find(v) == v;
+        }
+        for (unsigned int t = 0; t < triangleCount; ++t) {
+            unsigned int c[3];
+            for (int k = 0; k < 3; ++k) {
+                c[k] = find(ib[static_cast<int>(3 * t) + k]);
+            }
+            if (c[0] != c[1] && c[1] != c[2] && c[2] != c[0]) {
+                keepTriangle[t] = 1;
+                for (int k = 0; k < 3; ++k) {
+                    ib[static_cast<int>(3 * t) + k] = c[k];
+                }
+            }
+        }
+        const oxAttributes layout = vertices.GetAttributes();
+        detail::compactMesh(mesh, keepTriangle, keepVertex, layout);
+    }
+};
+
+bool indicesInRange(const oxTriMesh& mesh)
+{
+    const unsigned int vertexCount = detail::vertexCount(mesh);
+    const oxIndexBuffer* ib = mesh.GetIndexBuffer();
+    const int count = ib ? ib->GetIndexQuantity() : 0;
+    for (int i = 0; i < count; ++i) {
+        if ((*ib)[i] >= vertexCount) {
+            return false;
+        }
+    }
+    return true;
+}
+
+} // namespace
+
+void GenericEdgeCollapse(oxTriMesh& mesh, oxQuadricErrorMetric& metric, unsigned int targetTriangleCount,
+                         float maxError, const std::vector<bool>* lockedVertices,
+                         oxProgressNotifierInterface* progress, tEdgeCollapseReport* report)
+{
+    tEdgeCollapseReport localReport;
+    tEdgeCollapseReport& out = report ? *report : localReport;
+    out = tEdgeCollapseReport();
+    const unsigned int triangleCount = detail::triangleCount(mesh);
+    const unsigned int vertexCount = detail::vertexCount(mesh);
+    out.trianglesBefore = out.trianglesAfter = triangleCount;
+    metric.setSquaredMaxError(maxError * maxError);
+    if (triangleCount == 0 || mesh.GetVertexBuffer() == nullptr) {
+        out.stop = targetTriangleCount > triangleCount ? tCollapseStop::TargetAboveCount : tCollapseStop::TargetReached;
+        return;
+    }
+    if (!indicesInRange(mesh)) {
+        std::cout << "Error while initializing edge collapse: vertex index out of range" << std::endl;
+        return;
+    }
+
+    tCollapseRun run(mesh, metric);
+    run.squaredMaxError = metric.getSquaredMaxError();
+    if (!run.setUp(triangleCount, vertexCount)) {
+        std::cout << NOT_MANIFOLD_MESSAGE << std::endl;
+        return;
+    }
+    if (run.hasColor) {
+        for (unsigned int v = 0; v < vertexCount; ++v) {
+            run.vertices.Color3(0, static_cast<int>(v)) = Wm4::ColorRGB(1.0f, 0.2f, 0.2f);
+        }
+    }
+    if (targetTriangleCount > triangleCount) {
+        out.stop = tCollapseStop::TargetAboveCount;
+        return;
+    }
+    run.locked.assign(vertexCount, 0);
+    if (lockedVertices != nullptr) {
+        for (unsigned int v = 0; v < vertexCount && v < lockedVertices->size(); ++v) {
+            run.locked[v] = (*lockedVertices)[v];
+        }
+    }
+    metric.init(mesh, run.edges, run.vertexParents, run.edgeParents, run.neighbours, run.costs);
+    const unsigned int edgeCount = static_cast<unsigned int>(run.edges.size());
+    run.stamps.assign(edgeCount, 0u);
+    run.queued.assign(edgeCount, 0);
+    {
+        std::vector<tQueueEntry> initial;
+        initial.reserve(edgeCount);
+        tVec3 position;
+        for (unsigned int e = 0; e < edgeCount; ++e) {
+            if (run.bothLocked(e)) {
+                continue;
+            }
+            if (run.locked[run.edges[e].v0] != run.locked[run.edges[e].v1]) {
+                run.costs[e] = run.cost(e, position);
+            }
+            run.queued[e] = 1;
+            initial.push_back(tQueueEntry{run.costs[e], e, 0u});
+        }
+        run.queue = decltype(run.queue)(tLaterEntry(), std::move(initial));
+    }
+
+    const unsigned int needed = (triangleCount - targetTriangleCount) / 2;
+    unsigned int done = 0;
+    out.stop = tCollapseStop::TargetReached;
+    while (done < needed) {
+        if (progress != nullptr) {
+            progress->notifyProgress(static_cast<float>(done) / static_cast<float>(needed));
+        }
+        if (!run.settleFront()) {
+            out.stop = tCollapseStop::NoLegalCollapse;
+            break;
+        }
+        const tQueueEntry front = run.queue.top();
+        if (front.cost >= run.squaredMaxError) {
+            // An infinite front cost means every queued edge is illegal (fold-over or crowded).
+            out.stop = std::isinf(front.cost) ? tCollapseStop::NoLegalCollapse : tCollapseStop::ErrorBoundReached;
+            break;
+        }
+        run.queue.pop();
+        run.dequeue(front.edge);
+        const unsigned int e = front.edge;
+        if (run.edgeParents[e] != e) {
+            continue;
+        }
+        tVec3 position;
+        const float cost = run.cost(e, position);
+        const unsigned int a = run.find(run.edges[e].v0), b = run.find(run.edges[e].v1);
+        if (a == b || run.edges[e].t1 == NONE || (run.boundary[a] && run.boundary[b]) ||
+            (run.locked[a] && run.locked[b])) {
+            continue;
+        }
+        const unsigned int c0 = run.apex(run.edges[e].t0, a, b), c1 = run.apex(run.edges[e].t1, a, b);
+        if (c0 == NONE || c1 == NONE || c0 == c1 || run.valency[c0] <= 3 || run.valency[c1] <= 3 ||
+            run.linkFails(a, b, c0, c1)) {
+            continue;
+        }
+        if (cost != front.cost && done < 100) {
+            std::cout << "error at edge " << e << " (iteration" << done << "): " << cost << " != " << front.cost
+                      << std::endl;
+        }
+        if (!(cost < run.squaredMaxError)) {
+            if (std::isfinite(cost)) {
+                run.enqueue(e, cost);
+            }
+            continue;
+        }
+        run.collapse(e, a, b, c0, c1, position);
+        ++done;
+    }
+    out.collapses = done;
+    run.rebuild(triangleCount, vertexCount);
+    out.trianglesAfter = detail::triangleCount(mesh);
+}
+
+} // namespace oxMeshProcessing
+} // namespace ox

@@ -1,0 +1,267 @@
+// Quadric construction, placement and cost of the edge-collapse metric.
+#include "oxQuadricErrorMetric.h"
+
+#include <cmath>
+#include <limits>
+
+#include "addons/oxBBox.h"
+#include "scenegraph/oxIndexBuffer.h"
+#include "scenegraph/oxVertexBuffer.h"
+
+namespace ox {
+namespace oxMeshProcessing {
+
+namespace {
+
+typedef Wm4::Vector3<float> tVec3;
+typedef Wm4::Matrix4<float> tMat4;
+const unsigned int NONE = 0xFFFFFFFFu;
+const float THIN_TRIANGLE_RATIO = 0.1f;
+const float LINE_QUADRIC_WEIGHT = 1000.0f;
+const std::size_t MAX_TRIANGLES_AROUND_EDGE = 10;
+
+unsigned int findRoot(const std::vector<unsigned int>& parents, unsigned int v)
+{
+    while (parents[v] != v) {
+        v = parents[v];
+    }
+    return v;
+}
+
+/// The quadric of one triangle in normalised coordinates (see the header comment).
+tMat4 triangleQuadric(const tVec3& p0, const tVec3& p1, const tVec3& p2)
+{
+    const tVec3 e[3] = {p1 - p0, p2 - p1, p0 - p2};
+    const tVec3 cross = e[0].Cross(p2 - p0);
+    int longest = 0;
+    float longestSquared = e[0].SquaredLength();
+    for (int k = 1; k < 3; ++k) {
+        if (e[k].SquaredLength() > longestSquared) {
+            longest = k;
+            longestSquared = e[k].SquaredLength();
+        }
+    }
+    const float ratio = cross.Length() / longestSquared;
+    tMat4 q;
+    if (ratio < THIN_TRIANGLE_RATIO) {
+        // Squared distance to the line through the centroid along the longest edge.
+        tVec3 d = e[longest];
+        d.Normalize();
+        const tVec3 g = (p0 + p1 + p2) * 0.33333334f;
+        float A[3][3];
+        for (int r = 0; r < 3; ++r) {
+            for (int c = 0; c < 3; ++c) {
+                A[r][c] = (r == c ? 1.0f : 0.0f) - d[r] * d[c];
+            }
+        }
+        float Ag[3];
+        for (int r = 0; r < 3; ++r) {
+            Ag[r] = A[r][0] * g[0] + A[r][1] * g[1] + A[r][2] * g[2];
+        }
+        for (int r = 0; r < 3; ++r) {
+            for (int c = 0; c < 3; ++c) {
+                q(r, c) = LINE_QUADRIC_WEIGHT * A[r][c];
+            }
+            q(r, 3) = q(3, r) = -LINE_QUADRIC_WEIGHT * Ag[r];
+        }
+        q(3, 3) = LINE_QUADRIC_WEIGHT * (g[0] * Ag[0] + g[1] * Ag[1] + g[2] * Ag[2]);
+    } else {
+        tVec3 n = cross;
+        n.Normalize();
+        const float plane[4] = {n[0], n[1], n[2], -n.Dot(p0)};
+        for (int r = 0; r < 4; ++r) {
+            for (int c = 0; c < 4; ++c) {
+                q(r, c) = plane[r] * plane[c];
+            }
+        }
+    }
+    return q;
+}
+
+} // namespace
+
+oxQuadricErrorMetric::oxQuadricErrorMetric(float lambda)
+    : m_squaredMaxError(0.0f), m_center(), m_halfExtent(1.0f), m_lambda(lambda)
+{
+}
+
+void oxQuadricErrorMetric::resolveEndpoints(const tEdge& edge, const std::vector<unsigned int>& vertexParents,
+                                            unsigned int& a, unsigned int& b)
+{
+    a = findRoot(vertexParents, edge.v0);
+    b = findRoot(vertexParents, edge.v1);
+}
+
+void oxQuadricErrorMetric::init(const oxTriMesh& mesh, const std::vector<tEdge>& edges,
+                                const std::vector<unsigned int>& vertexParents,
+                                const std::vector<unsigned int>& edgeParents,
+                                const std::vector<tNeighbourMap>& neighbours, std::vector<float>& costs)
+{
+    const oxVertexBuffer& vb = *mesh.GetVertexBuffer();
+    const int vertexCount = vb.GetVertexQuantity();
+    m_costQuadrics.assign(static_cast<std::size_t>(vertexCount), tMat4());
+    oxBBox box;
+    for (int v = 0; v < vertexCount; ++v) {
+        box.selfExpand(vb.Position3(v));
+    }
+    unsigned int axis = 0;
+    m_center = vertexCount > 0 ? box.getCenter() : tVec3();
+    m_halfExtent = vertexCount > 0 ? 0.5f * box.getMaxExtent(axis) : 0.0f;
+    if (!(m_halfExtent > 0.0f)) {
+        m_halfExtent = 1.0f;
+    }
+    const float inverseHalf = 1.0f / m_halfExtent;
+
+    const oxIndexBuffer* ib = mesh.GetIndexBuffer();
+    const int triangleCount = ib ? ib->GetIndexQuantity() / 3 : 0;
+    for (int t = 0; t < triangleCount; ++t) {
+        const unsigned int c[3] = {(*ib)[3 * t], (*ib)[3 * t + 1], (*ib)[3 * t + 2]};
+        tVec3 p[3];
+        for (int k = 0; k < 3; ++k) {
+            p[k] = (vb.Position3(static_cast<int>(c[k])) - m_center) * inverseHalf;
+        }
+        const tMat4 q = triangleQuadric(p[0], p[1], p[2]);
+        for (int k = 0; k < 3; ++k) {
+            m_costQuadrics[c[k]] += q;
+        }
+    }
+    m_placementQuadrics = m_costQuadrics;
+
+    costs.resize(edges.size());
+    tVec3 position;
+    for (std::size_t e = 0; e < edges.size(); ++e) {
+        costs[e] = estimateEdgeCost(static_cast<unsigned int>(e), mesh, edges, vertexParents, edgeParents,
+                                    neighbours, position);
+    }
+}
+
+float oxQuadricErrorMetric::quadricCost(unsigned int a, unsigned int b, const tVec3& x) const
+{
+    const tMat4& Ka = m_costQuadrics[a];
+    const tMat4& Kb = m_costQuadrics[b];
+    const float h[4] = {x[0], x[1], x[2], 1.0f};
+    float cost = 0.0f;
+    for (int r = 0; r < 4; ++r) {
+        float row = 0.0f;
+        for (int c = 0; c < 4; ++c) {
+            row += (Ka(r, c) + Kb(r, c)) * h[c];
+        }
+        cost += h[r] * row;
+    }
+    return cost;
+}
+
+float oxQuadricErrorMetric::optimalPlacement(const oxTriMesh& mesh, unsigned int a, unsigned int b,
+                                             tVec3& normalised) const
+{
+    tMat4 P = m_placementQuadrics[a] + m_placementQuadrics[b];
+    const float s = (P(0, 0) + P(1, 1) + P(2, 2)) * 0.333333f;
+    if (s > 0.0f) {
+        P /= s;
+    }
+    const oxVertexBuffer& vb = *mesh.GetVertexBuffer();
+    const tVec3 midpoint = (vb.Position3(static_cast<int>(a)) + vb.Position3(static_cast<int>(b))) * 0.5f;
+    const tVec3 m = (midpoint - m_center) / m_halfExtent;
+    for (int k = 0; k < 3; ++k) {
+        P(k, k) += m_lambda;
+    }
+    P(3, 0) = P(3, 1) = P(3, 2) = 0.0f;
+    P(3, 3) = 1.0f;
+    const Wm4::Vector4<float> x = P.Inverse() * Wm4::Vector4<float>(m_lambda * m[0], m_lambda * m[1], m_lambda * m[2], 1.0f);
+    normalised = tVec3(x[0], x[1], x[2]);
+    return quadricCost(a, b, normalised);
+}
+
+bool oxQuadricErrorMetric::neighbourhoodAllows(const oxTriMesh& mesh, unsigned int a, unsigned int b,
+                                               const tVec3& position, const std::vector<tEdge>& edges,
+                                               const std::vector<unsigned int>& vertexParents,
+                                               const std::vector<unsigned int>& edgeParents,
+                                               const std::vector<tNeighbourMap>& neighbours) const
+{
+    // Distinct triangle slots of the edges around a and b; more than 10 rejects the collapse.
+    unsigned int triangles[MAX_TRIANGLES_AROUND_EDGE + 1];
+    std::size_t count = 0;
+    for (unsigned int endpoint : {a, b}) {
+        for (const tNeighbourMap::tEntry& entry : neighbours[endpoint]) {
+            const tEdge& edge = edges[findRoot(edgeParents, entry.second)];
+            for (unsigned int t : {edge.t0, edge.t1}) {
+                bool known = false;
+                for (std::size_t i = 0; i < count && !known; ++i) {
+                    known = triangles[i] == t;
+                }
+                if (!known) {
+                    if (count == MAX_TRIANGLES_AROUND_EDGE) {
+                        return false;
+                    }
+                    triangles[count++] = t;
+                }
+            }
+        }
+    }
+    // Fold-over: no triangle may turn to face the other way.
+    const oxVertexBuffer& vb = *mesh.GetVertexBuffer();
+    const unsigned int* indices = mesh.GetIndexBuffer()->GetData();
+    for (std::size_t i = 0; i < count; ++i) {
+        if (triangles[i] == NONE) {
+            continue;
+        }
+        const unsigned int* c = indices + 3 * triangles[i];
+        tVec3 before[3], after[3];
+        for (int k = 0; k < 3; ++k) {
+            const unsigned int v = findRoot(vertexParents, c[k]);
+            before[k] = vb.Position3(static_cast<int>(v));
+            after[k] = (v == a || v == b) ? position : before[k];
+        }
+        const tVec3 n0 = (before[1] - before[0]).Cross(before[2] - before[0]);
+        const tVec3 n1 = (after[1] - after[0]).Cross(after[2] - after[0]);
+        if (n0.Dot(n1) < 0.0f) {
+            return false;
+        }
+    }
+    return true;
+}
+
+float oxQuadricErrorMetric::estimateEdgeCost(unsigned int edge, const oxTriMesh& mesh,
+                                             const std::vector<tEdge>& edges,
+                                             const std::vector<unsigned int>& vertexParents,
+                                             const std::vector<unsigned int>& edgeParents,
+                                             const std::vector<tNeighbourMap>& neighbours, tVec3& position) const
+{
+    unsigned int a, b;
+    resolveEndpoints(edges[edge], vertexParents, a, b);
+    tVec3 normalised;
+    const float cost = optimalPlacement(mesh, a, b, normalised);
+    position = normalised * m_halfExtent + m_center;
+    if (std::isnan(cost) || !neighbourhoodAllows(mesh, a, b, position, edges, vertexParents, edgeParents, neighbours)) {
+        return std::numeric_limits<float>::infinity();
+    }
+    return cost;
+}
+
+float oxQuadricErrorMetric::estimateEdgeCostAt(unsigned int edge, const oxTriMesh& mesh,
+                                               const std::vector<tEdge>& edges,
+                                               const std::vector<unsigned int>& vertexParents,
+                                               const std::vector<unsigned int>& edgeParents,
+                                               const std::vector<tNeighbourMap>& neighbours,
+                                               const tVec3& position) const
+{
+    unsigned int a, b;
+    resolveEndpoints(edges[edge], vertexParents, a, b);
+    const float cost = quadricCost(a, b, (position - m_center) / m_halfExtent);
+    if (std::isnan(cost) || !neighbourhoodAllows(mesh, a, b, position, edges, vertexParents, edgeParents, neighbours)) {
+        return std::numeric_limits<float>::infinity();
+    }
+    return cost;
+}
+
+void oxQuadricErrorMetric::collapseEdge(const tEdge& edge)
+{
+    const unsigned int i = edge.v0, j = edge.v1;
+    m_costQuadrics[i] += m_costQuadrics[j];
+    m_costQuadrics[j] = m_costQuadrics[i];
+    m_placementQuadrics[i] += m_placementQuadrics[j];
+    m_placementQuadrics[j] = m_placementQuadrics[i];
+}
+
+} // namespace oxMeshProcessing
+} // namespace ox

@@ -1,0 +1,252 @@
+// The regular-grid mesher on analytic potentials (exact answers) and on sampled clouds
+// through both point-set surfaces: closed, consistently oriented output, vertices on the
+// true surface, each grid corner evaluated once, the printed lines, the depth clamp and
+// the process-wide face tables.
+//
+// The face tables are fixed by the first computeMesh of a process, so every in-process
+// test here uses kDepth; tests that need other depths run in a fresh process (death
+// tests in "threadsafe" style re-execute the binary).
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <iostream>
+#include <map>
+#include <memory>
+#include <tuple>
+
+#include "../surfaces/surface_test_clouds.h"
+#include "mesh_checks.h"
+#include "oxAPSSSurface.h"
+#include "oxRIMLSSurface.h"
+#include "oxRegularGridSurfaceMesher.h"
+#include "scenegraph/oxGeometry.h"
+#include "scenegraph/oxIndexBuffer.h"
+#include "scenegraph/oxVertexBuffer.h"
+
+using oxtest::V3;
+
+namespace {
+
+constexpr unsigned kDepth = 5;
+
+// An analytic potential over a handful of points (which only set the grid's bounding cube
+// and the seed cells); records every evaluated position.
+class tAnalyticSurface : public ox::oxPointSetSurface {
+public:
+    enum Shape { SPHERE, TORUS, CONSTANT };
+    tAnalyticSurface(const ox::oxPointSetQuery* query, Shape shape, float a, float b)
+        : ox::oxPointSetSurface(query), m_shape(shape), m_a(a), m_b(b) {}
+    float computePotential(const V3& x) const override {
+        ++evaluations[std::make_tuple(x.X(), x.Y(), x.Z())];
+        switch (m_shape) {
+            case SPHERE: return x.Length() - m_a;
+            case TORUS: return oxtest::torusDistance(x, m_a, m_b);
+            default: return m_a;
+        }
+    }
+    V3 computeGradient(const V3&) override { return V3(); }
+    V3 projectOntoSurface(const V3& x, const V3*, unsigned int) const override { return x; }
+    mutable std::map<std::tuple<float, float, float>, int> evaluations;
+
+private:
+    Shape m_shape;
+    float m_a, m_b;
+};
+
+// Points with a point size of kSize at the given positions (normals unused). The size
+// pads the grid by several cells, as real point radii do: a point in the top cell layer
+// would see its clamped corners coincide.
+constexpr float kSize = 0.2f;
+std::unique_ptr<oxtest::tCloud> seedPoints(const std::vector<V3>& p) {
+    return oxtest::makeCloud(p, std::vector<V3>(p.size(), V3(0.0f, 0.0f, 1.0f)), kSize);
+}
+
+struct tMeshResult {
+    std::vector<unsigned> triangles;
+    std::vector<V3> vertices;
+    std::string output;
+};
+
+tMeshResult mesh(const ox::oxPointSetSurface& surface, unsigned depth) {
+    ox::oxRegularGridSurfaceMesher mesher(&surface);
+    mesher.setDepth(depth);
+    ::testing::internal::CaptureStdout();
+    ox::oxPointer<ox::oxGeometry> geometry(mesher.computeMesh());
+    tMeshResult r;
+    r.output = ::testing::internal::GetCapturedStdout();
+    const ox::oxIndexBuffer& ib = *geometry->GetIndexBuffer();
+    const ox::oxVertexBuffer& vb = *geometry->GetVertexBuffer();
+    for (int i = 0; i < ib.GetIndexQuantity(); ++i) r.triangles.push_back(ib[i]);
+    for (int i = 0; i < vb.GetVertexQuantity(); ++i) {
+        r.vertices.push_back(vb.Position3(i));
+        EXPECT_EQ(vb.Normal3(i), V3(0.0f, 0.0f, 0.0f)) << "normals are not written";
+    }
+    return r;
+}
+
+// The sphere of radius 0.5 at the origin as the analytic surface sees it, with a few
+// points on it (one is enough to seed; growth finds the rest).
+std::vector<V3> fewSpherePoints() { return {V3(0.5f, 0.0f, 0.0f), V3(-0.6f, -0.6f, -0.6f), V3(0.6f, 0.6f, 0.6f)}; }
+
+double cellSize(const std::vector<V3>& points, float pointSize, unsigned depth) {
+    float lo = 1e9f, hi = -1e9f;
+    float extent = 0;
+    for (int a = 0; a < 3; ++a) {
+        lo = 1e9f;
+        hi = -1e9f;
+        for (const V3& p : points) {
+            lo = std::min(lo, p[a] - pointSize);
+            hi = std::max(hi, p[a] + pointSize);
+        }
+        extent = std::max(extent, hi - lo);
+    }
+    return extent / double(1u << depth);
+}
+
+}  // namespace
+
+TEST(RegularGridMesher, AnalyticSphereIsClosedOutwardAndExact) {
+    auto cloud = seedPoints(fewSpherePoints());
+    const tAnalyticSurface surface(cloud->query.get(), tAnalyticSurface::SPHERE, 0.5f, 0.0f);
+    const tMeshResult r = mesh(surface, kDepth);
+    ASSERT_GT(r.triangles.size(), 300u);
+    const oxtest::tTopology t = oxtest::checkTopology(r.triangles);
+    EXPECT_TRUE(t.closedAndOriented()) << t.badEdges << " bad edges";
+    EXPECT_EQ(t.euler, 2) << "a sphere";
+    const double volume = oxtest::signedVolume(r.triangles, [&](unsigned v) { return r.vertices[v]; });
+    EXPECT_NEAR(volume, 4.0 / 3.0 * M_PI * 0.125, 0.02) << "positive: triangles face outwards";
+    const double cell = cellSize(fewSpherePoints(), kSize, kDepth);
+    for (const V3& v : r.vertices) EXPECT_NEAR(v.Length(), 0.5f, 0.002 * cell);
+    // Each grid corner, cell centre and bisection point is evaluated once.
+    for (const auto& e : surface.evaluations) ASSERT_EQ(e.second, 1);
+    // Messages: iterations numbered from 0, then the two fixed lines.
+    EXPECT_EQ(r.output.rfind("iteration :0\n", 0), 0u) << r.output;
+    EXPECT_NE(r.output.find("iteration :1\n"), std::string::npos);
+    const std::string tail = "searching precise surface position\ndone\n";
+    ASSERT_GE(r.output.size(), tail.size());
+    EXPECT_EQ(r.output.substr(r.output.size() - tail.size()), tail);
+}
+
+TEST(RegularGridMesher, AnalyticTorusHasGenusOne) {
+    const float R = 0.55f, rr = 0.2f;
+    auto cloud = seedPoints({V3(R + rr, 0.0f, 0.0f), V3(-0.8f, -0.8f, 0.3f), V3(0.8f, 0.8f, -0.3f)});
+    const tAnalyticSurface surface(cloud->query.get(), tAnalyticSurface::TORUS, R, rr);
+    const tMeshResult r = mesh(surface, kDepth);
+    const oxtest::tTopology t = oxtest::checkTopology(r.triangles);
+    EXPECT_TRUE(t.closedAndOriented()) << t.badEdges << " bad edges";
+    EXPECT_EQ(t.euler, 0) << "genus 1";
+    const double volume = oxtest::signedVolume(r.triangles, [&](unsigned v) { return r.vertices[v]; });
+    EXPECT_NEAR(volume, 2.0 * M_PI * M_PI * R * rr * rr, 0.02);
+    for (const V3& v : r.vertices) EXPECT_NEAR(oxtest::torusDistance(v, R, rr), 0.0f, 2e-4f);
+}
+
+TEST(RegularGridMesher, ConstantFieldsGiveNoTriangles) {
+    auto cloud = seedPoints(fewSpherePoints());
+    for (float value : {1.0f, -1.0f}) {
+        const tAnalyticSurface surface(cloud->query.get(), tAnalyticSurface::CONSTANT, value, 0.0f);
+        const tMeshResult r = mesh(surface, kDepth);
+        EXPECT_TRUE(r.triangles.empty());
+        EXPECT_TRUE(r.vertices.empty());
+        EXPECT_EQ(r.output, "searching precise surface position\ndone\n") << "no growth, no iteration";
+        // Only the seed cells' corners were evaluated: 3 separate cells, 24 corners.
+        EXPECT_EQ(surface.evaluations.size(), 24u);
+    }
+}
+
+namespace {
+
+// Reconstructs a sampled cloud through a point-set surface and checks the result
+// against the analytic distance; returns the largest vertex error in cell units.
+template <class Surface, class Distance>
+double reconstruct(const oxtest::tCloud& cloud, const Distance& distance, long euler, double tolerance) {
+    const Surface surface(cloud.query.get());
+    const ox::oxVertexBuffer& pts = *cloud.query->getVertices();
+    std::vector<V3> p;
+    float size = 0;
+    for (int i = 0; i < pts.GetVertexQuantity(); ++i) {
+        p.push_back(pts.Position3(i));
+        size = std::max(size, pts.PSize1(i));
+    }
+    const tMeshResult r = mesh(surface, kDepth);
+    const oxtest::tTopology t = oxtest::checkTopology(r.triangles);
+    EXPECT_TRUE(t.closedAndOriented()) << t.badEdges << " bad edges";
+    EXPECT_EQ(t.euler, euler);
+    EXPECT_GT(oxtest::signedVolume(r.triangles, [&](unsigned v) { return r.vertices[v]; }), 0.0);
+    double worst = 0;
+    const double cell = cellSize(p, 0.0f, kDepth);  // lower bound of the true cell size
+    for (const V3& v : r.vertices) worst = std::max(worst, std::fabs(distance(v)) / cell);
+    EXPECT_LT(worst, tolerance);
+    return worst;
+}
+
+}  // namespace
+
+TEST(RegularGridMesher, SampledSphereAndTorusThroughBothSurfaces) {
+    auto sphere = oxtest::sphereCloud(6000, V3(0.0f, 0.0f, 0.0f), 0.5f);
+    auto sphereDistance = [](const V3& v) { return v.Length() - 0.5f; };
+    const float R = 0.6f, rr = 0.25f;
+    auto torus = oxtest::torusCloud(160, 64, R, rr);
+    auto torusDistance = [&](const V3& v) { return oxtest::torusDistance(v, R, rr); };
+    const double apssSphere = reconstruct<ox::oxAPSSSurface>(*sphere, sphereDistance, 2, 0.02);
+    const double apssTorus = reconstruct<ox::oxAPSSSurface>(*torus, torusDistance, 0, 0.01);
+    const double rimlsSphere = reconstruct<ox::oxRIMLSSurface>(*sphere, sphereDistance, 2, 0.1);
+    const double rimlsTorus = reconstruct<ox::oxRIMLSSurface>(*torus, torusDistance, 0, 0.1);
+    std::cout << "largest vertex error / cell: APSS sphere " << apssSphere << ", torus " << apssTorus
+              << "; RIMLS sphere " << rimlsSphere << ", torus " << rimlsTorus << std::endl;
+}
+
+namespace {
+
+// Closedness of the analytic sphere meshed at `depth` in this process.
+bool sphereClosedAt(unsigned depth, std::size_t* triangles = nullptr) {
+    auto cloud = seedPoints(fewSpherePoints());
+    const tAnalyticSurface surface(cloud->query.get(), tAnalyticSurface::SPHERE, 0.5f, 0.0f);
+    const tMeshResult r = mesh(surface, depth);
+    if (triangles) *triangles = r.triangles.size();
+    return oxtest::checkTopology(r.triangles).closedAndOriented();
+}
+
+// A small sphere far inside a large cube: cheap even at depth 10.
+std::size_t smallSphereTriangles(unsigned depth) {
+    auto cloud = seedPoints({V3(0.02f, 0.0f, 0.0f), V3(-1.0f, -1.0f, -1.0f), V3(1.0f, 1.0f, 1.0f)});
+    const tAnalyticSurface surface(cloud->query.get(), tAnalyticSurface::SPHERE, 0.02f, 0.0f);
+    const tMeshResult r = mesh(surface, depth);
+    if (!oxtest::checkTopology(r.triangles).closedAndOriented()) return 0;
+    return r.triangles.size();
+}
+
+}  // namespace
+
+TEST(RegularGridMesherFreshProcess, DepthIsClampedToOneAndTen) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            const bool same = smallSphereTriangles(0) == smallSphereTriangles(1);
+            std::exit(same ? 0 : 1);
+        },
+        ::testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(
+        {
+            const std::size_t ten = smallSphereTriangles(10);
+            const bool same = ten > 1000 && smallSphereTriangles(11) == ten && smallSphereTriangles(40) == ten;
+            std::exit(same ? 0 : 1);
+        },
+        ::testing::ExitedWithCode(0), "");
+}
+
+TEST(RegularGridMesherFreshProcess, FaceTablesComeFromTheFirstCall) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    // Alone, depth 4 gives a closed sphere.
+    EXPECT_EXIT(std::exit(sphereClosedAt(4) ? 0 : 1), ::testing::ExitedWithCode(0), "");
+    // After a depth-2 call, depth 4 tests its faces against the 4-cell grid's boundaries:
+    // growth stops at every fourth plane and the sphere is left open.
+    EXPECT_EXIT(
+        {
+            sphereClosedAt(2);
+            std::size_t triangles = 0;
+            const bool closed = sphereClosedAt(4, &triangles);
+            std::exit(!closed && triangles > 0 ? 0 : 1);
+        },
+        ::testing::ExitedWithCode(0), "");
+}
