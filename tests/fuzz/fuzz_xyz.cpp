@@ -1,0 +1,18 @@
+// libFuzzer target for the XYZ parser: any input must either parse or raise
+// InputError; every other exception, crash or sanitizer report is a bug.
+#include "io/InputError.h"
+#include "io/XyzReader.h"
+
+#include <cstddef>
+#include <cstdint>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    try {
+        const oxmesh::MeshData cloud = oxmesh::parseXyz(reinterpret_cast<const char*>(data), size, "fuzz.xyz");
+        if (cloud.positions.empty() || cloud.positions.size() % 3 != 0 || !cloud.triangles.empty() ||
+            (cloud.hasNormals() && cloud.normals.size() != cloud.positions.size()))
+            __builtin_trap();
+    } catch (const oxmesh::InputError&) {
+    }
+    return 0;
+}

@@ -1,0 +1,35 @@
+#include "io/MeshWriter.h"
+
+#include "io/InputError.h"
+#include "io/MeshReader.h"
+#include "io/ObjWriter.h"
+#include "io/PlyWriter.h"
+#include "io/XyzWriter.h"
+
+namespace oxmesh {
+
+const std::vector<std::string>& supportedOutputExtensions() {
+    static const std::vector<std::string> extensions{".ply", ".obj", ".xyz"};
+    return extensions;
+}
+
+void checkOutputExtension(const std::string& path) {
+    const std::string extension = lowerCaseExtension(path);
+    for (const std::string& supported : supportedOutputExtensions())
+        if (extension == supported) return;
+    std::string list;
+    for (const std::string& supported : supportedOutputExtensions()) list += (list.empty() ? "" : " ") + supported;
+    throw InputError(path, (extension.empty() ? std::string("no file extension")
+                                              : "unknown output extension '" + extension + "'") +
+                               " (supported: " + list + ")");
+}
+
+void writeMesh(const std::string& path, const MeshData& mesh, bool ascii) {
+    checkOutputExtension(path);
+    const std::string extension = lowerCaseExtension(path);
+    if (extension == ".ply") writePly(path, mesh, !ascii);
+    else if (extension == ".obj") writeObj(path, mesh);
+    else writeXyz(path, mesh);
+}
+
+}  // namespace oxmesh
