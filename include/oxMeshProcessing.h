@@ -147,3 +147,21 @@ void Filter(oxGeometry& geometry, bool smooth, unsigned int iterations);
 
 } // namespace oxMeshProcessing
 } // namespace ox
+
+namespace ox {
+namespace oxMeshProcessing {
+
+/// Evens out vertex valences by edge flips, so that a following edge collapse finds more
+/// edges whose neighbourhood is small enough to collapse. An interior edge (a, b) with apexes c
+/// and d becomes (c, d) when that strictly lowers the sum of squared deviations of the four
+/// valences from their ideal (6 inside, 4 on the boundary), i.e. when
+/// (va - ia) + (vb - ib) - (vc - ic) - (vd - id) >= 3. A flip is refused when it would create
+/// an existing edge (non-manifold), leave a or b with fewer than 3 edges, turn a new triangle
+/// against either old one or make it degenerate, or when the two old triangles bend by more
+/// than `maxBendDegrees` (creases and curved regions keep their shape). Non-manifold and
+/// boundary edges are never flipped; vertices do not move. Passes repeat until none flips (at
+/// most `maxPasses`). Returns the number of flips. O(passes * T).
+unsigned int FlipEdgesForValence(oxTriMesh& mesh, float maxBendDegrees = 20.0f, unsigned int maxPasses = 10);
+
+} // namespace oxMeshProcessing
+} // namespace ox

@@ -12,7 +12,7 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev       # tests and benchmarks
 )
 if [[ "${1:-}" == "--bench" ]]; then
-  packages+=(libnanoflann-dev libmeshoptimizer-dev)
+  packages+=(libnanoflann-dev libmeshoptimizer-dev libcgal-dev libopen3d-dev)
 fi
 
 missing=()

@@ -11,8 +11,11 @@
 #include <CLI/CLI.hpp>
 
 #include "commands/ConvertCommand.h"
+#include "commands/DemoCommand.h"
 #include "commands/InfoCommand.h"
 #include "commands/NormalsCommand.h"
+#include "commands/ReconstructCommand.h"
+#include "commands/SimplifyCommand.h"
 #include "io/InputError.h"
 #include "oxMeshLibVersion.h"
 
@@ -58,6 +61,9 @@ int main(int argc, char** argv) {
     commands.push_back(std::make_unique<oxmesh::InfoCommand>(app, global));
     commands.push_back(std::make_unique<oxmesh::ConvertCommand>(app, global));
     commands.push_back(std::make_unique<oxmesh::NormalsCommand>(app, global));
+    commands.push_back(std::make_unique<oxmesh::SimplifyCommand>(app, global));
+    commands.push_back(std::make_unique<oxmesh::ReconstructCommand>(app, global));
+    commands.push_back(std::make_unique<oxmesh::DemoCommand>(app, global));
 
     try {
         app.parse(argc, argv);

@@ -1,0 +1,54 @@
+// Distances between triangle meshes for the quality columns of the benchmarks: closest points
+// on a triangle set through a bounding-volume hierarchy, and the two-sided Hausdorff and RMS
+// distance between two surfaces from dense surface samples.
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include "io/MeshData.h"
+
+namespace oxbench {
+
+/// Closest-point queries on the triangles of one mesh (the mesh must outlive the object).
+/// Built once in O(T log T); each query visits the boxes closer than the best hit so far.
+class TriangleSetDistance {
+public:
+    explicit TriangleSetDistance(const oxmesh::MeshData& mesh);
+
+    /// Squared distance from point `p` (x y z) to the nearest triangle, and that triangle in
+    /// `triangle` (may be null). +infinity for a mesh without triangles.
+    double squaredDistance(const float* p, std::size_t* triangle = nullptr) const;
+
+private:
+    struct Node {
+        float lo[3], hi[3];
+        unsigned int first, count;  ///< leaf: range [first, first + count) of order_; inner: count 0
+        unsigned int right;         ///< inner: children nodes first (left) and right
+    };
+    unsigned int build(unsigned int begin, unsigned int end);
+    double pointTriangle(const float* p, std::size_t t) const;
+
+    const oxmesh::MeshData& mesh_;
+    std::vector<unsigned int> order_;  ///< triangle indices, grouped by leaf
+    std::vector<float> centroids_;
+    std::vector<Node> nodes_;
+};
+
+/// Two-sided deviation between surfaces, as fractions of the reference's bounding-box diagonal.
+struct SurfaceDeviation {
+    double hausdorff = 0.0;  ///< largest sample distance, either way
+    double rms = 0.0;        ///< root mean square over the samples of both ways together
+};
+
+/// Samples about `samples` points on each surface (area-weighted, fixed seed) and measures each
+/// to the other surface. O((S + T) log T).
+SurfaceDeviation surfaceDeviation(const oxmesh::MeshData& reference, const oxmesh::MeshData& other,
+                                  std::size_t samples = 200000);
+
+/// Triangles of `simplified` whose normal points against the normal of the reference triangle
+/// nearest to their centroid (negative dot product): turned-over triangles. Degenerate
+/// triangles are not counted. O(T log T).
+std::size_t flippedTriangles(const oxmesh::MeshData& reference, const oxmesh::MeshData& simplified);
+
+}  // namespace oxbench

@@ -1,0 +1,42 @@
+// `oxmesh simplify IN -o OUT (--ratio R | --triangles N) [--max-error E] [--lock-boundary]`:
+// quadric edge-collapse simplification of a closed or open manifold triangle mesh.
+#pragma once
+
+#include <limits>
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+#include "commands/Command.h"
+
+namespace oxmesh {
+
+class SimplifyCommand : public Command {
+public:
+    /// Registers the subcommand and its options on `app` (exactly one of --ratio and
+    /// --triangles is required); `global` is read when run() runs.
+    SimplifyCommand(CLI::App& app, const GlobalOptions& global);
+
+    bool selected() const override { return subcommand_->parsed(); }
+
+    /// Checks the output extension, reads the input (welding vertices split at seams), runs
+    /// simplifyInPasses and writes the result (vertex normals recomputed when the input had
+    /// normals; colours are not kept). Prints the achieved triangle count, the target and why
+    /// the run stopped unless --quiet. Returns 0; a non-manifold input prints the collapse's
+    /// message and a hint on stderr and returns 1; file problems are thrown as InputError.
+    int run() override;
+
+    const std::string& inputPath() const override { return input_; }
+
+private:
+    const GlobalOptions& global_;
+    CLI::App* subcommand_;
+    std::string input_;
+    std::string output_;
+    double ratio_ = 0.0;
+    unsigned int triangles_ = 0;
+    float maxError_ = std::numeric_limits<float>::infinity();
+    bool lockBoundary_ = false;
+};
+
+}  // namespace oxmesh
