@@ -65,21 +65,14 @@ void centroidOf(const oxmesh::MeshData& mesh, std::size_t t, float* out) {
                   mesh.positions[3 * mesh.triangles[3 * t + 2] + k]) / 3.0f;
 }
 
-double bboxDiagonal(const oxmesh::MeshData& mesh) {
-    double lo[3] = {1e300, 1e300, 1e300}, hi[3] = {-1e300, -1e300, -1e300};
-    for (std::size_t i = 0; i < mesh.positions.size(); ++i) {
-        lo[i % 3] = std::min(lo[i % 3], double(mesh.positions[i]));
-        hi[i % 3] = std::max(hi[i % 3], double(mesh.positions[i]));
-    }
-    return std::sqrt(squaredLength({hi[0] - lo[0], hi[1] - lo[1], hi[2] - lo[2]}));
-}
-
-/// Largest and summed squared distance from samples of `from` to the surface `to`.
-void oneWay(const oxmesh::MeshData& from, const TriangleSetDistance& to, std::size_t samples, double& maxSquared,
-            double& sumSquared, std::size_t& count) {
+/// Largest and summed squared distance from the kept samples of `from` to the surface `to`.
+void oneWay(const oxmesh::MeshData& from, const TriangleSetDistance& to, std::size_t samples,
+            const std::function<bool(const float*)>& keep, double& maxSquared, double& sumSquared,
+            std::size_t& count) {
     std::vector<float> points;
     sampleSurface(from, samples, points);
     for (std::size_t i = 0; i + 2 < points.size(); i += 3) {
+        if (keep && !keep(&points[i])) continue;
         const double d = to.squaredDistance(&points[i]);
         maxSquared = std::max(maxSquared, d);
         sumSquared += d;
@@ -166,18 +159,31 @@ double TriangleSetDistance::squaredDistance(const float* p, std::size_t* triangl
     return best;
 }
 
+double boundingDiagonal(const oxmesh::MeshData& mesh) {
+    if (mesh.positions.size() < 3) return 0.0;
+    double lo[3] = {1e300, 1e300, 1e300}, hi[3] = {-1e300, -1e300, -1e300};
+    for (std::size_t i = 0; i < mesh.positions.size(); ++i) {
+        lo[i % 3] = std::min(lo[i % 3], double(mesh.positions[i]));
+        hi[i % 3] = std::max(hi[i % 3], double(mesh.positions[i]));
+    }
+    return std::sqrt(squaredLength({hi[0] - lo[0], hi[1] - lo[1], hi[2] - lo[2]}));
+}
+
+SurfaceDeviation compareSurfaces(const oxmesh::MeshData& a, const oxmesh::MeshData& b, std::size_t samples,
+                                 double reference, const std::function<bool(const float*)>& keep) {
+    const TriangleSetDistance toA(a), toB(b);
+    double maxSquared = 0, sumSquared = 0;
+    SurfaceDeviation deviation;
+    oneWay(a, toB, samples, keep, maxSquared, sumSquared, deviation.samples);
+    oneWay(b, toA, samples, keep, maxSquared, sumSquared, deviation.samples);
+    deviation.hausdorff = std::sqrt(maxSquared) / reference;
+    deviation.rms = deviation.samples ? std::sqrt(sumSquared / double(deviation.samples)) / reference : 0.0;
+    return deviation;
+}
+
 SurfaceDeviation surfaceDeviation(const oxmesh::MeshData& reference, const oxmesh::MeshData& other,
                                   std::size_t samples) {
-    const TriangleSetDistance toReference(reference), toOther(other);
-    double maxSquared = 0, sumSquared = 0;
-    std::size_t count = 0;
-    oneWay(reference, toOther, samples, maxSquared, sumSquared, count);
-    oneWay(other, toReference, samples, maxSquared, sumSquared, count);
-    const double diagonal = bboxDiagonal(reference);
-    SurfaceDeviation deviation;
-    deviation.hausdorff = std::sqrt(maxSquared) / diagonal;
-    deviation.rms = count ? std::sqrt(sumSquared / double(count)) / diagonal : 0.0;
-    return deviation;
+    return compareSurfaces(reference, other, samples, boundingDiagonal(reference));
 }
 
 std::size_t flippedTriangles(const oxmesh::MeshData& reference, const oxmesh::MeshData& simplified) {

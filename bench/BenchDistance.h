@@ -1,9 +1,10 @@
 // Distances between triangle meshes for the quality columns of the benchmarks: closest points
 // on a triangle set through a bounding-volume hierarchy, and the two-sided Hausdorff and RMS
-// distance between two surfaces from dense surface samples.
+// distance between two surfaces from dense surface samples (optionally only some samples).
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <vector>
 
 #include "io/MeshData.h"
@@ -35,14 +36,25 @@ private:
     std::vector<Node> nodes_;
 };
 
-/// Two-sided deviation between surfaces, as fractions of the reference's bounding-box diagonal.
+/// Two-sided deviation between surfaces, as fractions of a reference length.
 struct SurfaceDeviation {
-    double hausdorff = 0.0;  ///< largest sample distance, either way
-    double rms = 0.0;        ///< root mean square over the samples of both ways together
+    double hausdorff = 0.0;   ///< largest sample distance, either way
+    double rms = 0.0;         ///< root mean square over the samples of both ways together
+    std::size_t samples = 0;  ///< samples that entered the figures (both ways)
 };
 
-/// Samples about `samples` points on each surface (area-weighted, fixed seed) and measures each
-/// to the other surface. O((S + T) log T).
+/// Bounding-box diagonal of the mesh's vertices. O(V). 0 for a mesh without vertices.
+double boundingDiagonal(const oxmesh::MeshData& mesh);
+
+/// Samples about `samples` points on each of `a` and `b` (area-weighted, fixed seed), measures
+/// each to the other surface and divides the figures by `reference`. When `keep` is given, only
+/// samples for which keep(p) is true count (e.g. errors near features); with none kept the
+/// figures are 0. O((S + T) log T). A side without triangles gives +infinity.
+SurfaceDeviation compareSurfaces(const oxmesh::MeshData& a, const oxmesh::MeshData& b, std::size_t samples,
+                                 double reference, const std::function<bool(const float*)>& keep = {});
+
+/// compareSurfaces() of the two meshes relative to the bounding-box diagonal of `reference`.
+/// O((S + T) log T).
 SurfaceDeviation surfaceDeviation(const oxmesh::MeshData& reference, const oxmesh::MeshData& other,
                                   std::size_t samples = 200000);
 

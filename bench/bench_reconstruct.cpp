@@ -21,9 +21,10 @@
 #include <string>
 #include <vector>
 
+#include "BenchDistance.h"
 #include "BenchReport.h"
 #include "BenchSampling.h"
-#include "SurfaceDistance.h"
+#include "CreaseEdges.h"
 #include "commands/Reconstruction.h"
 #include "io/MeshReader.h"
 #include "io/MeshStats.h"
@@ -63,14 +64,14 @@ std::string figure(double value) {
 std::string quality(const Input& input, const oxmesh::MeshData& mesh) {
     if (mesh.triangleCount() == 0) return "empty";
     const double diagonal = oxbench::boundingDiagonal(input.source);
-    const oxbench::SurfaceError all = oxbench::compareSurfaces(mesh, input.source, kQualitySamples, diagonal);
+    const oxbench::SurfaceDeviation all = oxbench::compareSurfaces(mesh, input.source, kQualitySamples, diagonal);
     const oxmesh::MeshStats stats = oxmesh::computeMeshStats(mesh);
     std::string text = "rms " + figure(all.rms) + " hausdorff " + figure(all.hausdorff) + " " +
                        (stats.closed ? "closed" : "open") + " " + (stats.manifold ? "manifold" : "non-manifold");
     if (input.creases) {
         const std::vector<float> creases = oxbench::creaseEdges(input.source, kCreaseDegrees);
         const double band = kCreaseBand * diagonal;
-        const oxbench::SurfaceError nearCreases =
+        const oxbench::SurfaceDeviation nearCreases =
             oxbench::compareSurfaces(mesh, input.source, kQualitySamples, diagonal, [&](const float* p) {
                 return oxbench::distanceToSegments(p, creases) <= band;
             });

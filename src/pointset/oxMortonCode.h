@@ -61,8 +61,13 @@ inline unsigned highestBit32(std::uint32_t v) {
     return kTable[static_cast<std::uint32_t>(v * 0x07C4ACDDu) >> 27];
 }
 inline unsigned highestBit64(std::uint64_t v) {
+#if defined(__GNUC__) || defined(__clang__)
+    // The same answer in one instruction where the compiler offers it.
+    return 63u - static_cast<unsigned>(__builtin_clzll(v));
+#else
     const std::uint32_t hi = static_cast<std::uint32_t>(v >> 32);
     return hi ? 32 + highestBit32(hi) : highestBit32(static_cast<std::uint32_t>(v));
+#endif
 }
 
 }  // namespace morton
