@@ -9,7 +9,7 @@
 namespace oxmesh {
 
 ConvertCommand::ConvertCommand(CLI::App& app, const GlobalOptions& global)
-    : global_(global), subcommand_(app.add_subcommand("convert", "Convert a mesh or point cloud to .ply, .xyz or .obj")) {
+    : Command(app, global, "convert", "Convert a mesh or point cloud to .ply, .xyz or .obj") {
     subcommand_->add_option("IN", input_, "File to read (any supported format)")->required();
     subcommand_->add_option("-o,--output", output_, "File to write; the extension picks the format")->required();
     subcommand_->add_flag("--ascii", ascii_, "Write PLY as text instead of binary little-endian");

@@ -14,19 +14,12 @@ public:
     /// Registers the subcommand and its options on `app`; `global` is read when run() runs.
     ConvertCommand(CLI::App& app, const GlobalOptions& global);
 
-    bool selected() const override { return subcommand_->parsed(); }
-
     /// Checks the output extension, reads the input as one mesh (validated), writes the output
     /// atomically (no partial file on failure) and prints a one-line summary unless --quiet.
     /// Returns 0; file problems are thrown as InputError.
     int run() override;
 
-    const std::string& inputPath() const override { return input_; }
-
 private:
-    const GlobalOptions& global_;
-    CLI::App* subcommand_;
-    std::string input_;
     std::string output_;
     bool ascii_ = false;
 };

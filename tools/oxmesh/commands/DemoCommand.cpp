@@ -30,9 +30,8 @@ double secondsSince(std::chrono::steady_clock::time_point start) {
 std::string DemoCommand::bundledCloud() { return OXMESH_DEMO_CLOUD; }
 
 DemoCommand::DemoCommand(CLI::App& app, const GlobalOptions& global)
-    : global_(global),
-      subcommand_(app.add_subcommand("demo", "Reconstruct a bundled point cloud with both surfaces")),
-      input_(bundledCloud()) {
+    : Command(app, global, "demo", "Reconstruct a bundled point cloud with both surfaces") {
+    input_ = bundledCloud();
     subcommand_->add_option("--output-dir", outputDir_, "Folder for the two meshes (default ./oxmesh-demo-output)");
     subcommand_->add_option("--input", input_, "Oriented cloud to use instead of the bundled one");
     subcommand_->add_option("--depth", depth_, "Grid of 2^N cells along the longest side, 1 to 10 (default 7)")

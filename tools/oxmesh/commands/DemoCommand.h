@@ -15,26 +15,19 @@ class DemoCommand : public Command {
 public:
     DemoCommand(CLI::App& app, const GlobalOptions& global);
 
-    bool selected() const override { return subcommand_->parsed(); }
-
     /// Reads the cloud (the bundled data/clouds/spot-uniform-10k.ply unless --input), builds the
     /// point-set query once, and meshes it with APSS and then RIMLS at one depth (7 unless
     /// --depth; one depth for both, as the mesher fixes its face tables on its first call in a
-    /// process), writing
-    /// DIR/<name>-apss.ply and DIR/<name>-rimls.ply (DIR is created when missing). Prints the
-    /// counts, the time per stage and the output paths (nothing with --quiet). Returns 0; a missing cloud, a cloud without normals or an unwritable folder are thrown as
-    /// InputError.
+    /// process), writing DIR/<name>-apss.ply and DIR/<name>-rimls.ply (DIR is created when
+    /// missing). Prints the counts, the time per stage and the output paths (nothing with
+    /// --quiet). Returns 0; a missing cloud, a cloud without normals or an unwritable folder
+    /// are thrown as InputError.
     int run() override;
-
-    const std::string& inputPath() const override { return input_; }
 
     /// The bundled cloud as the build recorded its path (in the source tree).
     static std::string bundledCloud();
 
 private:
-    const GlobalOptions& global_;
-    CLI::App* subcommand_;
-    std::string input_;
     std::string outputDir_ = "oxmesh-demo-output";
     unsigned int depth_ = 7;
 };

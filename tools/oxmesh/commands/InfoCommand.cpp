@@ -10,7 +10,7 @@
 namespace oxmesh {
 
 InfoCommand::InfoCommand(CLI::App& app, const GlobalOptions& global)
-    : global_(global), subcommand_(app.add_subcommand("info", "Report vertices, faces, topology and attributes of a file")) {
+    : Command(app, global, "info", "Report vertices, faces, topology and attributes of a file") {
     subcommand_->add_option("FILE", input_, "Mesh or point cloud to inspect")->required();
     subcommand_->add_flag("--json", json_, "Print one JSON object instead of aligned lines");
 }

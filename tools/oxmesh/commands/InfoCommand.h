@@ -15,18 +15,11 @@ public:
     /// Registers the subcommand and its options on `app`; `global` is read when run() runs.
     InfoCommand(CLI::App& app, const GlobalOptions& global);
 
-    bool selected() const override { return subcommand_->parsed(); }
-
     /// Reads the file (progress bar on a terminal), computes its statistics and prints the report
     /// on stdout. Returns 0; file problems are thrown as InputError.
     int run() override;
 
-    const std::string& inputPath() const override { return input_; }
-
 private:
-    const GlobalOptions& global_;
-    CLI::App* subcommand_;
-    std::string input_;
     bool json_ = false;
 };
 

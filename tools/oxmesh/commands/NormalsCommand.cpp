@@ -12,8 +12,7 @@
 namespace oxmesh {
 
 NormalsCommand::NormalsCommand(CLI::App& app, const GlobalOptions& global)
-    : global_(global),
-      subcommand_(app.add_subcommand("normals", "Estimate and orient a normal for every point of a cloud")) {
+    : Command(app, global, "normals", "Estimate and orient a normal for every point of a cloud") {
     subcommand_->add_option("IN", input_, "Point cloud or mesh to read (any supported format)")->required();
     subcommand_->add_option("-o,--output", output_, "File to write (.ply, .xyz or .obj)")->required();
     subcommand_->add_option("--viewpoint", viewpoint_, "Orient towards this scanner position x,y,z instead")

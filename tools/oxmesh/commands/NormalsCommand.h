@@ -15,8 +15,6 @@ class NormalsCommand : public Command {
 public:
     NormalsCommand(CLI::App& app, const GlobalOptions& global);
 
-    bool selected() const override { return subcommand_->parsed(); }
-
     /// Reads the input (validated: finite coordinates, at least 3 points), estimates normals
     /// by local PCA over the k nearest points, orients them over a minimum spanning tree
     /// (outwards, per connected part) or towards --viewpoint, and writes the points with their
@@ -24,12 +22,7 @@ public:
     /// thrown as InputError.
     int run() override;
 
-    const std::string& inputPath() const override { return input_; }
-
 private:
-    const GlobalOptions& global_;
-    CLI::App* subcommand_;
-    std::string input_;
     std::string output_;
     std::vector<float> viewpoint_;
     unsigned int neighbours_ = 16;

@@ -20,8 +20,7 @@ double secondsSince(std::chrono::steady_clock::time_point start) {
 }  // namespace
 
 ReconstructCommand::ReconstructCommand(CLI::App& app, const GlobalOptions& global)
-    : global_(global),
-      subcommand_(app.add_subcommand("reconstruct", "Mesh the surface of an oriented point cloud")) {
+    : Command(app, global, "reconstruct", "Mesh the surface of an oriented point cloud") {
     subcommand_->add_option("IN", input_, "Point cloud with normals (any supported format; faces are ignored)")
         ->required();
     subcommand_->add_option("-o,--output", output_, "Mesh to write (.ply, .obj or .xyz)")->required();

@@ -16,8 +16,6 @@ class ReconstructCommand : public Command {
 public:
     ReconstructCommand(CLI::App& app, const GlobalOptions& global);
 
-    bool selected() const override { return subcommand_->parsed(); }
-
     /// Reads the cloud (faces, if any, are ignored), checks it (checkOrientedCloud) or estimates
     /// its normals first (--estimate-normals), meshes the chosen surface at the chosen depth, and
     /// writes the mesh with vertex normals in the cloud's coordinates. Prints one summary line
@@ -26,12 +24,7 @@ public:
     /// file is left behind then.
     int run() override;
 
-    const std::string& inputPath() const override { return input_; }
-
 private:
-    const GlobalOptions& global_;
-    CLI::App* subcommand_;
-    std::string input_;
     std::string output_;
     std::string surfaceText_ = "apss";
     unsigned int depth_ = 7;

@@ -39,8 +39,7 @@ void recomputeVertexNormals(ox::oxTriMesh& mesh) {
 }  // namespace
 
 SimplifyCommand::SimplifyCommand(CLI::App& app, const GlobalOptions& global)
-    : global_(global),
-      subcommand_(app.add_subcommand("simplify", "Reduce the triangle count by quadric edge collapses")) {
+    : Command(app, global, "simplify", "Reduce the triangle count by quadric edge collapses") {
     subcommand_->add_option("IN", input_, "Triangle mesh to read (any supported format)")->required();
     subcommand_->add_option("-o,--output", output_, "File to write (.ply, .obj or .xyz)")->required();
     CLI::App* target = subcommand_->add_option_group("target", "How many triangles to keep (one of)");

@@ -17,8 +17,6 @@ public:
     /// --triangles is required); `global` is read when run() runs.
     SimplifyCommand(CLI::App& app, const GlobalOptions& global);
 
-    bool selected() const override { return subcommand_->parsed(); }
-
     /// Checks the output extension, reads the input (welding vertices split at seams), runs
     /// simplifyInPasses and writes the result (vertex normals recomputed when the input had
     /// normals; colours are not kept). Prints the achieved triangle count, the target and why
@@ -26,12 +24,7 @@ public:
     /// message and a hint on stderr and returns 1; file problems are thrown as InputError.
     int run() override;
 
-    const std::string& inputPath() const override { return input_; }
-
 private:
-    const GlobalOptions& global_;
-    CLI::App* subcommand_;
-    std::string input_;
     std::string output_;
     double ratio_ = 0.0;
     unsigned int triangles_ = 0;
