@@ -5,6 +5,7 @@
 #include <unordered_set>
 
 #include "oxMeshProcessing.h"
+#include "processing/oxEdgeFlip.h"
 #include "processing/oxEdgeEnumeration.h"
 #include "processing/oxMeshCompaction.h"
 #include "scenegraph/oxIndexBuffer.h"
@@ -20,11 +21,6 @@ const unsigned int NONE = 0xFFFFFFFFu;
 const unsigned int MAX_PASSES = 50;
 const float COPLANAR_COSINE = 0.985f; // about 10 degrees between the two normals
 const float MIN_ANGLE_GAIN = 1e-4f;   // radians; avoids flipping back and forth on ties
-
-std::uint64_t edgeKey(unsigned int a, unsigned int b)
-{
-    return a < b ? (std::uint64_t(a) << 32) | b : (std::uint64_t(b) << 32) | a;
-}
 
 float angleBetween(const tVec3& u, const tVec3& v)
 {
@@ -60,7 +56,7 @@ bool tryFlip(const oxVertexBuffer& vb, unsigned int* idx, unsigned int t0, unsig
         return false;
     }
     const unsigned int c = c0[(ia + 2) % 3], d = c1[(jb + 2) % 3];
-    if (c == d || c == a || c == b || d == a || d == b || edgeSet.count(edgeKey(c, d)) != 0) {
+    if (c == d || c == a || c == b || d == a || d == b || edgeSet.count(detail::undirectedEdgeKey(c, d)) != 0) {
         return false;
     }
     const tVec3 &pa = vb.Position3(static_cast<int>(a)), &pb = vb.Position3(static_cast<int>(b));
@@ -79,14 +75,7 @@ bool tryFlip(const oxVertexBuffer& vb, unsigned int* idx, unsigned int t0, unsig
     if (!(after > before + MIN_ANGLE_GAIN)) {
         return false;
     }
-    c0[0] = a;
-    c0[1] = d;
-    c0[2] = c;
-    c1[0] = d;
-    c1[1] = b;
-    c1[2] = c;
-    edgeSet.erase(edgeKey(a, b));
-    edgeSet.insert(edgeKey(c, d));
+    detail::flipTrianglePair(c0, c1, a, b, c, d, edgeSet);
     return true;
 }
 
@@ -112,7 +101,7 @@ void FlipEdges(oxTriMesh& mesh)
         std::unordered_set<std::uint64_t> edgeSet;
         edgeSet.reserve(v0.size() * 2);
         for (std::size_t e = 0; e < v0.size(); ++e) {
-            edgeSet.insert(edgeKey(v0[e], v1[e]));
+            edgeSet.insert(detail::undirectedEdgeKey(v0[e], v1[e]));
         }
         // A triangle takes part in at most one flip per pass (the edge table is per pass).
         std::vector<char> touched(triangleCount, 0);

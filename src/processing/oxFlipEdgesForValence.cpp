@@ -5,6 +5,7 @@
 #include <unordered_set>
 
 #include "oxMeshProcessing.h"
+#include "processing/oxEdgeFlip.h"
 #include "processing/oxEdgeEnumeration.h"
 #include "processing/oxMeshCompaction.h"
 #include "scenegraph/oxIndexBuffer.h"
@@ -17,11 +18,6 @@ namespace {
 
 typedef Wm4::Vector3<float> tVec3;
 const unsigned int NONE = 0xFFFFFFFFu;
-
-std::uint64_t undirectedKey(unsigned int a, unsigned int b)
-{
-    return a < b ? (std::uint64_t(a) << 32) | b : (std::uint64_t(b) << 32) | a;
-}
 
 /// Corner k (0..2) of triangle corners `c` holding v, or -1.
 int cornerIndex(const unsigned int* c, unsigned int v) { return c[0] == v ? 0 : (c[1] == v ? 1 : (c[2] == v ? 2 : -1)); }
@@ -74,17 +70,10 @@ struct tValenceFlipper {
         }
         const int excess = (valence[a] - ideal[a]) + (valence[b] - ideal[b]) - (valence[c] - ideal[c]) -
                            (valence[d] - ideal[d]);
-        if (excess < 3 || existing.count(undirectedKey(c, d)) != 0 || !shapeAllows(a, b, c, d)) {
+        if (excess < 3 || existing.count(detail::undirectedEdgeKey(c, d)) != 0 || !shapeAllows(a, b, c, d)) {
             return false;
         }
-        c0[0] = a;
-        c0[1] = d;
-        c0[2] = c;
-        c1[0] = d;
-        c1[1] = b;
-        c1[2] = c;
-        existing.erase(undirectedKey(a, b));
-        existing.insert(undirectedKey(c, d));
+        detail::flipTrianglePair(c0, c1, a, b, c, d, existing);
         --valence[a];
         --valence[b];
         ++valence[c];
@@ -119,7 +108,7 @@ unsigned int FlipEdgesForValence(oxTriMesh& mesh, float maxBendDegrees, unsigned
         if (pass == 0) {
             flipper.existing.reserve(2 * v0.size());
             for (std::size_t e = 0; e < v0.size(); ++e) {
-                flipper.existing.insert(undirectedKey(v0[e], v1[e]));
+                flipper.existing.insert(detail::undirectedEdgeKey(v0[e], v1[e]));
                 ++flipper.valence[v0[e]];
                 ++flipper.valence[v1[e]];
                 if (uses[e] == 1) {
