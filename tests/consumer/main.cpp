@@ -1,5 +1,6 @@
 // A host application in miniature: starts the library, reads its version, builds a
-// scene-graph mesh and uses the library's hash table. Exit status 0 when all agree.
+// scene-graph mesh, uses the library's hash table and reconstructs the mesh from its
+// vertices. Exit status 0 when all agree.
 #include <oxMeshLib.h>
 
 #include <cmath>
@@ -36,8 +37,17 @@ int main() {
     for (unsigned int i = 0; i < 1000; ++i) table.set(i, float(i));
     check(table.getNoElements() == 1000 && table.find(500u) != table.end(), "hash table");
 
+    // Reconstruction from the sphere's vertices and normals: a closed mesh comes back.
+    ox::oxPointSetQuery query(sphere->GetVertexBuffer());
+    query.computePointRadii();
+    ox::oxAPSSSurface surface(&query);
+    ox::oxRegularGridSurfaceMesher mesher(&surface);
+    mesher.setDepth(4);
+    ox::oxPointer<ox::oxGeometry> rebuilt(mesher.computeMesh());
+    check(rebuilt && rebuilt->GetTriangleQuantity() > 0, "reconstruction");
+
     ox::terminateOxMeshLibrary();
-    std::printf("triangles %d, extent %.3f: %s\n", sphere->GetTriangleQuantity(), box.getMaxExtent(axis),
-                failures ? "FAILED" : "ok");
+    std::printf("triangles %d, extent %.3f, reconstructed %d: %s\n", sphere->GetTriangleQuantity(),
+                box.getMaxExtent(axis), rebuilt ? rebuilt->GetTriangleQuantity() : 0, failures ? "FAILED" : "ok");
     return failures ? 1 : 0;
 }
