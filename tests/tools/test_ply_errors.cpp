@@ -57,26 +57,8 @@ TEST(PlyErrors, BrokenCorpusFilesFailWithTheirExpectedMessage) {
         {"value-out-of-range.ply", "'300' is out of range for uchar"},
         {"data-after-last-element.ply", "line 9: unexpected data after the last element"},
     };
-    const std::filesystem::path folder = OX_TEST_DATA_DIR "/broken/ply";
-    std::size_t seen = 0;
-    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-        const std::string name = entry.path().filename().string();
-        const std::string path = entry.path().string();
-        SCOPED_TRACE(name);
-        const auto it = expected.find(name);
-        ASSERT_NE(it, expected.end()) << "corpus file without an expected message";
-        ++seen;
-        try {
-            const oxmesh::MeshData m = oxmesh::readPly(path);
-            ADD_FAILURE() << "read without error: " << m.vertexCount() << " vertices";
-        } catch (const oxmesh::InputError& e) {
-            const std::string what = e.what();
-            EXPECT_EQ(0u, what.rfind(path + ": ", 0)) << what;
-            EXPECT_NE(std::string::npos, what.find(it->second)) << what;
-            EXPECT_EQ(std::string::npos, what.find('\n')) << what;
-        }
-    }
-    EXPECT_EQ(expected.size(), seen) << "a corpus file listed above is missing";
+    plytest::expectCorpusErrors(OX_TEST_DATA_DIR "/broken/ply", expected,
+                                [](const std::string& path) { oxmesh::readPly(path); });
 }
 
 TEST(PlyErrors, FilesThatCannotBeOpened) {

@@ -11,10 +11,42 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <string>
 #include <vector>
 
+#include <gtest/gtest.h>
+
+#include "io/InputError.h"
+
 namespace plytest {
+
+/// Reads every file of a broken-input corpus folder with `read` and requires, for each, an
+/// InputError whose one-line message starts with "PATH: " and contains the phrase listed for
+/// the file; the folder and the table must list the same files.
+template <class Read>
+void expectCorpusErrors(const std::filesystem::path& folder, const std::map<std::string, std::string>& expected,
+                        Read read) {
+    std::size_t seen = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+        const std::string name = entry.path().filename().string();
+        const std::string path = entry.path().string();
+        SCOPED_TRACE(name);
+        const auto it = expected.find(name);
+        ASSERT_NE(it, expected.end()) << "corpus file without an expected message";
+        ++seen;
+        try {
+            read(path);
+            ADD_FAILURE() << "read without error";
+        } catch (const oxmesh::InputError& e) {
+            const std::string what = e.what();
+            EXPECT_EQ(0u, what.rfind(path + ": ", 0)) << what;
+            EXPECT_NE(std::string::npos, what.find(it->second)) << what;
+            EXPECT_EQ(std::string::npos, what.find('\n')) << what;
+        }
+    }
+    EXPECT_EQ(expected.size(), seen) << "a corpus file listed above is missing";
+}
 
 enum class Encoding { Ascii, LittleEndian, BigEndian };
 
