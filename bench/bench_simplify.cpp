@@ -1,5 +1,6 @@
-// Simplification to 10 % and 1 % of the triangles: ours (edge collapses in passes with
-// valence flips between them, as `oxmesh simplify` runs them) against meshoptimizer's
+// Simplification to 10 % and 1 % of the triangles: ours (the greedy quadric collapse that
+// `oxmesh simplify` runs by default; with --generic also the neighbourhood-limited collapse in
+// passes with valence flips, `--method generic`) against meshoptimizer's
 // meshopt_simplify and, when it was found at configure time, CGAL's Garland-Heckbert edge
 // collapse, on the same welded input in the same run. Only the simplification call is timed
 // (single thread). For every result: achieved triangles against the target, edge-manifold and
@@ -7,7 +8,9 @@
 // input triangle, and the two-sided Hausdorff and RMS distance to the input as fractions of
 // its bounding-box diagonal.
 //
-//   bench_simplify [MESH ...]   (default: bunny, rocker-arm, igea, fandisk of the data set)
+//   bench_simplify [--generic] [--quick] [MESH ...]
+//     (default meshes: bunny, rocker-arm, igea, fandisk of the data set; --quick leaves CGAL out)
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <functional>
@@ -19,7 +22,7 @@
 #include "BenchDistance.h"
 #include "BenchReport.h"
 #include "BenchSampling.h"
-#include "commands/SimplificationPasses.h"
+#include "commands/Simplification.h"
 #include "io/MeshReader.h"
 #include "io/MeshStats.h"
 #include "io/SceneConversion.h"
@@ -51,14 +54,17 @@ MeshData trianglesOnly(const MeshData& input) {
     return mesh;
 }
 
-Run runOurs(const MeshData& input, unsigned target) {
+/// Ours as `oxmesh simplify --method ...` runs it.
+Run runOurs(const MeshData& input, unsigned target, oxmesh::SimplifyMethod method) {
     const ox::oxPointer<ox::oxGeometry> geometry(oxmesh::toGeometry(input));
     oxmesh::SimplifyRequest request;
+    request.method = method;
     request.targetTriangles = target;
     const double t0 = oxbench::now();
-    oxmesh::simplifyInPasses(*geometry, request);
+    oxmesh::simplifyMesh(*geometry, request);
     const double t1 = oxbench::now();
-    return Run{"ours", t1 - t0, oxmesh::fromTriMesh(*geometry)};
+    return Run{method == oxmesh::SimplifyMethod::Quadric ? "ours" : "ours-generic", t1 - t0,
+               oxmesh::fromTriMesh(*geometry)};
 }
 
 Run runMeshoptimizer(const MeshData& input, unsigned target) {
@@ -106,6 +112,16 @@ Run runCgal(const MeshData& input, unsigned target) {
 }
 #endif
 
+bool withCgal = true;
+
+/// Removes `flag` from `args`; whether it was there.
+bool takeFlag(std::vector<std::string>& args, const char* flag) {
+    const auto it = std::find(args.begin(), args.end(), std::string(flag));
+    if (it == args.end()) return false;
+    args.erase(it);
+    return true;
+}
+
 /// One line of the quality table.
 std::string quality(const MeshData& input, const oxmesh::MeshStats& inputStats, const Run& run, unsigned target) {
     const oxmesh::MeshStats stats = oxmesh::computeMeshStats(run.mesh);
@@ -118,7 +134,7 @@ std::string quality(const MeshData& input, const oxmesh::MeshStats& inputStats, 
     return line;
 }
 
-void benchmark(const std::string& path) {
+void benchmark(const std::string& path, bool withGeneric) {
     MeshData input = trianglesOnly(oxmesh::readMesh(path));
     oxmesh::weldByPosition(input);
     const std::string name = path.substr(path.find_last_of('/') + 1);
@@ -131,9 +147,9 @@ void benchmark(const std::string& path) {
                 "achieved/target", "man", "cls", "euler", "flip", "hausdorff", "rms");
     for (const double ratio : {0.1, 0.01}) {
         const unsigned target = unsigned(std::lround(ratio * triangles));
-        std::vector<Run> runs{runOurs(input, target), runMeshoptimizer(input, target)};
+        std::vector<Run> runs{runOurs(input, target, oxmesh::SimplifyMethod::Quadric), runMeshoptimizer(input, target)};
 #ifdef OX_BENCH_HAVE_CGAL
-        runs.push_back(runCgal(input, target));
+        if (withCgal) runs.push_back(runCgal(input, target));
 #endif
         for (const Run& run : runs) {
             const std::string q = quality(input, inputStats, run, target);
@@ -142,6 +158,7 @@ void benchmark(const std::string& path) {
             std::printf("csv,simplify-quality,%s,%g,%s,%.6f,%s\n", name.c_str(), ratio, run.method.c_str(), run.seconds,
                         q.c_str());
         }
+        if (withGeneric) runs.push_back(runOurs(input, target, oxmesh::SimplifyMethod::Generic));
         for (std::size_t peer = 1; peer < runs.size(); ++peer)
             oxbench::report("simplify " + std::to_string(int(100 * ratio)) + "%", name, triangles, runs[0].seconds,
                             runs[peer].method, runs[peer].seconds, "see table");
@@ -152,6 +169,8 @@ void benchmark(const std::string& path) {
 
 int main(int argc, char** argv) {
     std::vector<std::string> inputs(argv + 1, argv + argc);
+    const bool withGeneric = takeFlag(inputs, "--generic");
+    withCgal = !takeFlag(inputs, "--quick");
     if (inputs.empty()) {
         for (const char* rel : {"meshes/stanford-bunny.obj", "meshes/rocker-arm.obj", "meshes/igea-faces.ply",
                                 "meshes/fandisk.obj"}) {
@@ -162,6 +181,6 @@ int main(int argc, char** argv) {
     std::printf("columns: achieved/target triangles, edge-manifold, closed, Euler characteristic (* differs from "
                 "the input), triangles facing against the nearest input triangle, Hausdorff and RMS distance / "
                 "bbox diagonal\n");
-    for (const std::string& p : inputs) benchmark(p);
+    for (const std::string& p : inputs) benchmark(p, withGeneric);
     return 0;
 }

@@ -7,6 +7,7 @@
 // to standard output and leave the mesh unchanged; no exceptions, no error codes.
 #pragma once
 
+#include <limits>
 #include <vector>
 
 #include "oxQuadricErrorMetric.h"
@@ -61,6 +62,48 @@ struct tEdgeCollapseReport {
 void GenericEdgeCollapse(oxTriMesh& mesh, oxQuadricErrorMetric& metric, unsigned int targetTriangleCount,
                          float maxError, const std::vector<bool>* lockedVertices = nullptr,
                          oxProgressNotifierInterface* progress = nullptr, tEdgeCollapseReport* report = nullptr);
+
+/// What QuadricSimplify aims for.
+struct tQuadricSimplifyOptions {
+    unsigned int targetTriangleCount = 0;
+    /// Stop when the cheapest collapse would move the surface by more than this, measured as
+    /// the area-weighted RMS distance of the merged vertex to the planes of the original
+    /// triangles it stands for, in mesh units; infinity: no bound.
+    float maxError = std::numeric_limits<float>::infinity();
+    /// Vertices that must not move (may be null); an edge between two of them never collapses.
+    const std::vector<bool>* lockedVertices = nullptr;
+};
+
+/// High-quality simplification of an edge-manifold mesh by greedy quadric edge collapses,
+/// the cheapest first, until options.targetTriangleCount triangles (or one more) are left, the error bound
+/// is reached, or no legal collapse remains. Unlike GenericEdgeCollapse it has no limit on the
+/// neighbourhood size and carries its quadrics through the whole run, so it reaches small
+/// targets in one call with the error measured against the input:
+/// - every vertex holds the plane quadrics of its original triangles, weighted by area, plus
+///   planes perpendicular to every open border edge (weighted by ten times its squared length),
+///   which keep borders in place; merged vertices add their quadrics;
+/// - the merged vertex minimises its quadric plus a tiny pull towards the edge midpoint (1e-9
+///   of the quadric's weight, which only decides the directions the planes leave free, e.g.
+///   along a crease or across a flat region), solved in double precision in a frame where half
+///   the bounding box's largest side is 1; a locked endpoint keeps its position;
+/// - candidates are ordered by their quadric error (area times squared distance) in an indexed
+///   queue, and the edges around every collapse are re-costed; the error bound is tested
+///   against the area-weighted RMS distance of each candidate; an edge refused for its
+///   neighbourhood leaves the queue, and the live edges are queued again whenever the queue
+///   runs dry above the target after some progress;
+/// - a collapse is refused when it breaks the link condition, joins two border vertices through
+///   an inner edge, leaves an apex with a degenerate fan, turns a neighbouring triangle by more
+///   than about 78 degrees, or makes one degenerate. Closed manifold input therefore stays
+///   closed and manifold with the same Euler characteristic, and no triangle is flipped.
+/// The survivor is the endpoint with the smaller index; other vertex channels (normals,
+/// colours, texture coordinates) are those of the survivor. Finally the mesh gets compacted
+/// buffers (used vertices in old order, live triangles in old order). Non-manifold input (a
+/// triangle repeating a vertex, an edge on three or more triangles, an index out of range)
+/// prints "Error while initializing edge collapse: input mesh is not manifold" and is left
+/// unchanged. `report` (may be null) tells why it stopped; progress (may be null) gets the
+/// fraction of the triangles to remove that are gone. Cost O(T log T).
+void QuadricSimplify(oxTriMesh& mesh, const tQuadricSimplifyOptions& options,
+                     oxProgressNotifierInterface* progress = nullptr, tEdgeCollapseReport* report = nullptr);
 
 /// Simplification that leaves the shape visually unchanged: GenericEdgeCollapse with a fresh
 /// metric (lambda 0.01), target 0 and error bound 1e-3 (in coordinates where the half bounding

@@ -5,11 +5,15 @@
 #include <cstdint>
 #include <cstring>
 #include <fstream>
+#include <iostream>
+#include <limits>
 #include <map>
 #include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "Wm4/Wm4Vector3.h"
 #include "scenegraph/oxIndexBuffer.h"
@@ -203,6 +207,50 @@ inline Vec3 faceNormal(const Soup& s, std::size_t tri)
 {
     const Vec3 &a = s.p[s.t[3 * tri]], &b = s.p[s.t[3 * tri + 1]], &c = s.p[s.t[3 * tri + 2]];
     return (b - a).Cross(c - a);
+}
+
+inline Soup tetrahedron()
+{
+    Soup s;
+    s.p = {Vec3(0, 0, 0), Vec3(1, 0, 0), Vec3(0, 1, 0), Vec3(0, 0, 1)};
+    s.t = {0, 2, 1, 0, 1, 3, 0, 3, 2, 1, 2, 3};
+    return s;
+}
+
+/// A tetrahedron with a third triangle on edge 0-1 (a non-manifold fin).
+inline Soup tetrahedronWithFin()
+{
+    Soup s = tetrahedron();
+    s.p.push_back(Vec3(1, 1, 1));
+    s.t.insert(s.t.end(), {0, 1, 4});
+    return s;
+}
+
+/// A tetrahedron whose last triangle names one vertex twice.
+inline Soup tetrahedronWithRepeatedCorner()
+{
+    Soup s = tetrahedron();
+    s.t[11] = s.t[10];
+    return s;
+}
+
+/// Every output triangle faces the same side as the input triangle nearest to its centroid.
+inline void expectNoFoldOver(const Soup& input, const Soup& output, unsigned allowed = 0)
+{
+    unsigned bad = 0;
+    for (std::size_t t = 0; t < output.t.size() / 3; ++t) {
+        const Vec3 c = (output.p[output.t[3 * t]] + output.p[output.t[3 * t + 1]] + output.p[output.t[3 * t + 2]]) / 3.0f;
+        float best = std::numeric_limits<float>::max();
+        std::size_t nearest = 0;
+        for (std::size_t u = 0; u < input.t.size() / 3; ++u) {
+            const Vec3 d = (input.p[input.t[3 * u]] + input.p[input.t[3 * u + 1]] + input.p[input.t[3 * u + 2]]) / 3.0f - c;
+            if (d.SquaredLength() < best) best = d.SquaredLength(), nearest = u;
+        }
+        const bool flipped = faceNormal(output, t).Dot(faceNormal(input, nearest)) <= 0.0f;
+        if (flipped) std::cout << "flipped output triangle " << t << " near input " << nearest << std::endl;
+        bad += flipped;
+    }
+    EXPECT_LE(bad, allowed);
 }
 
 inline std::string sharedMesh(const char* name) { return std::string(OX_SHARED_DATA_DIR) + "/meshes/" + name; }

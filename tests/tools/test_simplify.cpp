@@ -37,27 +37,49 @@ void expectAtTarget(std::size_t achieved, unsigned target) {
 TEST(OxmeshSimplify, ClosedMeshStaysClosedManifoldWithItsEulerCharacteristic) {
     clitest::ScratchDir dir;
     const std::string input = clitest::testData("meshes/spot.obj");  // 5856 triangles, closed, genus 0
-    // --ratio 0.1 -> 586; 59 is below where a single collapse run stalls (954), so the passes
-    // with valence flips must carry it through.
-    for (const auto& args : {std::vector<std::string>{"--ratio", "0.1"}, std::vector<std::string>{"--triangles", "59"}}) {
-        const unsigned target = args[0] == "--ratio" ? 586u : 59u;
-        const std::string output = dir.file("out" + std::to_string(target) + ".ply");
-        std::vector<std::string> command{"simplify", input, "-o", output};
-        command.insert(command.end(), args.begin(), args.end());
-        const clitest::RunResult run = runOxmesh(command);
-        ASSERT_EQ(run.exitCode, 0) << run.err;
-        const Written w = readBack(output);
-        expectAtTarget(w.mesh.triangleCount(), target);
-        EXPECT_TRUE(w.stats.closed);
-        EXPECT_TRUE(w.stats.manifold);
-        EXPECT_EQ(w.stats.eulerCharacteristic, 2);
-        EXPECT_EQ(w.stats.unreferencedVertices, 0u);
-        EXPECT_NE(run.out.find(std::to_string(w.mesh.triangleCount()) + " triangles (target " + std::to_string(target) +
-                               ", input 5856)"),
-                  std::string::npos)
-            << run.out;
-        EXPECT_NE(run.out.find("target reached"), std::string::npos) << run.out;
+    // --ratio 0.1 -> 586; 59 is below where a single run of the generic collapse stalls (954), so
+    // its passes with valence flips must carry it through.
+    for (const char* method : {"quadric", "generic"}) {
+        for (const auto& args :
+             {std::vector<std::string>{"--ratio", "0.1"}, std::vector<std::string>{"--triangles", "59"}}) {
+            const unsigned target = args[0] == "--ratio" ? 586u : 59u;
+            const std::string output = dir.file(std::string(method) + std::to_string(target) + ".ply");
+            std::vector<std::string> command{"simplify", input, "-o", output, "--method", method};
+            command.insert(command.end(), args.begin(), args.end());
+            const clitest::RunResult run = runOxmesh(command);
+            ASSERT_EQ(run.exitCode, 0) << run.err;
+            const Written w = readBack(output);
+            expectAtTarget(w.mesh.triangleCount(), target);
+            EXPECT_TRUE(w.stats.closed) << method;
+            EXPECT_TRUE(w.stats.manifold) << method;
+            EXPECT_EQ(w.stats.eulerCharacteristic, 2) << method;
+            EXPECT_EQ(w.stats.unreferencedVertices, 0u);
+            EXPECT_NE(run.out.find(std::to_string(w.mesh.triangleCount()) + " triangles (target " +
+                                   std::to_string(target) + ", input 5856)"),
+                      std::string::npos)
+                << run.out;
+            EXPECT_NE(run.out.find("target reached"), std::string::npos) << run.out;
+        }
     }
+}
+
+TEST(OxmeshSimplify, ErrorBoundStopsEarlierTheTighterItIs) {
+    clitest::ScratchDir dir;
+    const std::string input = clitest::testData("meshes/spot.obj");
+    std::vector<std::size_t> counts;
+    for (const char* bound : {"0.0001", "0.001", "0.01"}) {
+        const std::string output = dir.file(std::string("bound") + bound + ".ply");
+        const clitest::RunResult run =
+            runOxmesh({"simplify", input, "-o", output, "--ratio", "0.01", "--max-error", bound});
+        ASSERT_EQ(run.exitCode, 0) << run.err;
+        EXPECT_NE(run.out.find("error bound reached"), std::string::npos) << run.out;
+        const Written w = readBack(output);
+        EXPECT_TRUE(w.stats.closed);
+        counts.push_back(w.mesh.triangleCount());
+    }
+    EXPECT_GT(counts[0], counts[1]);
+    EXPECT_GT(counts[1], counts[2]);
+    EXPECT_GT(counts[2], 59u);
 }
 
 TEST(OxmeshSimplify, NonManifoldInputIsRefusedWithTheMessageAndAHint) {

@@ -4,7 +4,7 @@
 #include <cstdio>
 
 #include "commands/ProgressBar.h"
-#include "commands/SimplificationPasses.h"
+#include "commands/Simplification.h"
 #include "io/InputError.h"
 #include "io/MeshReader.h"
 #include "io/MeshStats.h"
@@ -48,9 +48,17 @@ SimplifyCommand::SimplifyCommand(CLI::App& app, const GlobalOptions& global)
     target->add_option("--triangles", triangles_, "Number of triangles to keep");
     target->require_option(1);
     subcommand_->add_option("--max-error", maxError_,
-                            "Stop when the cheapest collapse costs more than this (squared distance bound in "
-                            "units of half the bounding box's largest side)")
+                            "Stop before a collapse would move the surface by more than this fraction of the "
+                            "bounding box's diagonal (e.g. 0.001)")
         ->check(CLI::PositiveNumber);
+    subcommand_->add_option("--method", method_,
+                            "quadric: one greedy quadric collapse run, error measured against the input "
+                            "(default); generic: the neighbourhood-limited collapse in passes with valence "
+                            "flips between them")
+        ->transform(CLI::CheckedTransformer(
+            std::map<std::string, SimplifyMethod>{{"quadric", SimplifyMethod::Quadric},
+                                                  {"generic", SimplifyMethod::Generic}},
+            CLI::ignore_case));
     subcommand_->add_flag("--lock-boundary", lockBoundary_, "Keep the vertices of open borders in place");
 }
 
@@ -71,6 +79,7 @@ int SimplifyCommand::run() {
     SimplifyRequest request;
     request.targetTriangles =
         subcommand_->count("--triangles") ? triangles_ : unsigned(std::lround(ratio_ * double(before)));
+    request.method = method_;
     request.maxError = maxError_;
     request.lockBoundary = lockBoundary_;
 
@@ -79,7 +88,7 @@ int SimplifyCommand::run() {
     ox::oxTimer timer;
     {
         ProgressBar bar("simplifying", mode);
-        outcome = simplifyInPasses(*geometry, request, &bar);
+        outcome = simplifyMesh(*geometry, request, &bar);
     }
     timer.snapTime();
     if (outcome.stop == ox::oxMeshProcessing::tCollapseStop::NotManifold) {
@@ -92,9 +101,12 @@ int SimplifyCommand::run() {
     writeMesh(output_, result);
     if (!global_.quiet) {
         if (welded) std::printf("welded %zu vertices split at seams\n", welded);
-        std::printf("%s: %zu triangles (target %u, input %u), %u pass%s in %.0f ms: %s\n", output_.c_str(),
-                    result.triangleCount(), request.targetTriangles, before, outcome.passes,
-                    outcome.passes == 1 ? "" : "es", timer.getElapsedMs(), describeStop(outcome.stop));
+        const std::string passes = request.method == SimplifyMethod::Generic
+                                       ? std::to_string(outcome.passes) + (outcome.passes == 1 ? " pass" : " passes")
+                                       : std::string("simplified");
+        std::printf("%s: %zu triangles (target %u, input %u), %s in %.0f ms: %s\n", output_.c_str(),
+                    result.triangleCount(), request.targetTriangles, before, passes.c_str(), timer.getElapsedMs(),
+                    describeStop(outcome.stop));
     }
     return std::fflush(stdout) == 0 ? 0 : 1;
 }

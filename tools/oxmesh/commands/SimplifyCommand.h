@@ -1,5 +1,6 @@
-// `oxmesh simplify IN -o OUT (--ratio R | --triangles N) [--max-error E] [--lock-boundary]`:
-// quadric edge-collapse simplification of a closed or open manifold triangle mesh.
+// `oxmesh simplify IN -o OUT (--ratio R | --triangles N) [--max-error E] [--lock-boundary]
+// [--method quadric|generic]`: quadric edge-collapse simplification of a closed or open
+// manifold triangle mesh.
 #pragma once
 
 #include <limits>
@@ -8,6 +9,7 @@
 #include <CLI/CLI.hpp>
 
 #include "commands/Command.h"
+#include "commands/Simplification.h"
 
 namespace oxmesh {
 
@@ -18,7 +20,7 @@ public:
     SimplifyCommand(CLI::App& app, const GlobalOptions& global);
 
     /// Checks the output extension, reads the input (welding vertices split at seams), runs
-    /// simplifyInPasses and writes the result (vertex normals recomputed when the input had
+    /// simplifyMesh and writes the result (vertex normals recomputed when the input had
     /// normals; colours are not kept). Prints the achieved triangle count, the target and why
     /// the run stopped unless --quiet. Returns 0; a non-manifold input prints the collapse's
     /// message and a hint on stderr and returns 1; file problems are thrown as InputError.
@@ -30,6 +32,7 @@ private:
     unsigned int triangles_ = 0;
     float maxError_ = std::numeric_limits<float>::infinity();
     bool lockBoundary_ = false;
+    SimplifyMethod method_ = SimplifyMethod::Quadric;
 };
 
 }  // namespace oxmesh

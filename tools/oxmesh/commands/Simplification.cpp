@@ -1,5 +1,7 @@
-#include "commands/SimplificationPasses.h"
+#include "commands/Simplification.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <iostream>
 #include <sstream>
@@ -75,12 +77,49 @@ private:
     unsigned int before_, passStart_, target_;
 };
 
-}  // namespace
+/// Sides of the bounding box of the mesh's vertices (zero for no vertices).
+Wm4::Vector3<float> boundingBoxSides(const ox::oxTriMesh& mesh) {
+    const ox::oxVertexBuffer& vertices = *mesh.GetVertexBuffer();
+    if (vertices.GetVertexQuantity() == 0) return Wm4::Vector3<float>(0.0f, 0.0f, 0.0f);
+    Wm4::Vector3<float> lo = vertices.Position3(0), hi = lo;
+    for (int v = 1; v < vertices.GetVertexQuantity(); ++v)
+        for (int k = 0; k < 3; ++k) {
+            lo[k] = std::min(lo[k], vertices.Position3(v)[k]);
+            hi[k] = std::max(hi[k], vertices.Position3(v)[k]);
+        }
+    return hi - lo;
+}
+
+SimplifyOutcome simplifyByQuadrics(ox::oxTriMesh& mesh, const SimplifyRequest& request,
+                                   ox::oxProgressNotifierInterface* progress) {
+    SimplifyOutcome outcome;
+    const std::vector<bool> locked = request.lockBoundary ? boundaryVertices(mesh) : std::vector<bool>();
+    ox::oxMeshProcessing::tQuadricSimplifyOptions options;
+    options.targetTriangleCount = request.targetTriangles;
+    options.maxError = float(double(request.maxError) * double(boundingBoxSides(mesh).Length()));
+    options.lockedVertices = request.lockBoundary ? &locked : nullptr;
+    ox::oxMeshProcessing::tEdgeCollapseReport report;
+    {
+        CaptureStdout capture;
+        ox::oxMeshProcessing::QuadricSimplify(mesh, options, progress, &report);
+        outcome.setUpMessage = lineStartingWith(capture.text(), "Error while initializing");
+    }
+    outcome.passes = 1;
+    outcome.stop = report.stop;
+    outcome.trianglesBefore = report.trianglesBefore;
+    outcome.trianglesAfter = report.trianglesAfter;
+    return outcome;
+}
 
 SimplifyOutcome simplifyInPasses(ox::oxTriMesh& mesh, const SimplifyRequest& request,
                                  ox::oxProgressNotifierInterface* progress) {
     SimplifyOutcome outcome;
     outcome.trianglesBefore = outcome.trianglesAfter = triangleCount(mesh);
+    // The generic collapse measures in a frame where half the box's largest side is 1.
+    const Wm4::Vector3<float> sides = boundingBoxSides(mesh);
+    const double halfSide = 0.5 * double(std::max({sides[0], sides[1], sides[2]}));
+    const float maxError =
+        halfSide > 0.0 ? float(double(request.maxError) * double(sides.Length()) / halfSide) : request.maxError;
     while (outcome.passes < request.maxPasses) {
         if (outcome.passes > 0) {
             const unsigned int flips = ox::oxMeshProcessing::FlipEdgesForValence(mesh, request.maxBendDegrees);
@@ -94,7 +133,7 @@ SimplifyOutcome simplifyInPasses(ox::oxTriMesh& mesh, const SimplifyRequest& req
         std::string diagnostics;
         {
             CaptureStdout capture;
-            ox::oxMeshProcessing::GenericEdgeCollapse(mesh, metric, request.targetTriangles, request.maxError,
+            ox::oxMeshProcessing::GenericEdgeCollapse(mesh, metric, request.targetTriangles, maxError,
                                                      request.lockBoundary ? &locked : nullptr, &passProgress,
                                                      &report);
             diagnostics = capture.text();
@@ -109,6 +148,15 @@ SimplifyOutcome simplifyInPasses(ox::oxTriMesh& mesh, const SimplifyRequest& req
         if (report.stop != tCollapseStop::NoLegalCollapse) break;
         if (report.collapses == 0 && outcome.passes > 1) break;
     }
+    return outcome;
+}
+
+}  // namespace
+
+SimplifyOutcome simplifyMesh(ox::oxTriMesh& mesh, const SimplifyRequest& request,
+                             ox::oxProgressNotifierInterface* progress) {
+    SimplifyOutcome outcome = request.method == SimplifyMethod::Quadric ? simplifyByQuadrics(mesh, request, progress)
+                                                                        : simplifyInPasses(mesh, request, progress);
     if (progress && outcome.stop == tCollapseStop::TargetReached) progress->notifyProgress(1.0f);
     return outcome;
 }
