@@ -105,10 +105,10 @@ struct tQuadricSimplifyOptions {
 void QuadricSimplify(oxTriMesh& mesh, const tQuadricSimplifyOptions& options,
                      oxProgressNotifierInterface* progress = nullptr, tEdgeCollapseReport* report = nullptr);
 
-/// Simplification that leaves the shape visually unchanged: GenericEdgeCollapse with a fresh
-/// metric (lambda 0.01), target 0 and error bound 1e-3 (in coordinates where the half bounding
-/// box extent is 1), i.e. it removes the triangles that flat and gently curved regions do not
-/// need. Non-manifold input is left unchanged (with the set-up message).
+/// Simplification that leaves the shape visually unchanged: QuadricSimplify down to no
+/// target, with an error bound of 1e-3 of half the bounding box's largest side, i.e. it removes
+/// the triangles that flat and gently curved regions do not need. Non-manifold input is left
+/// unchanged (with the set-up message). An empty mesh is left alone.
 void HQEdgeCollapse(oxTriMesh& mesh, oxProgressNotifierInterface* progress = nullptr);
 
 // ---------------------------------------------------------------------------------------------

@@ -1,18 +1,26 @@
 // Visually lossless simplification by the quadric edge collapse.
+#include "addons/oxBBox.h"
 #include "oxMeshProcessing.h"
+#include "scenegraph/oxVertexBuffer.h"
 
 namespace ox {
 namespace oxMeshProcessing {
 
 namespace {
-const float HQ_LAMBDA = 0.01f;
-const float HQ_MAX_ERROR = 1e-3f;
+/// Error bound relative to half the bounding box's largest side.
+const float HQ_RELATIVE_ERROR = 1e-3f;
 } // namespace
 
 void HQEdgeCollapse(oxTriMesh& mesh, oxProgressNotifierInterface* progress)
 {
-    oxQuadricErrorMetric metric(HQ_LAMBDA);
-    GenericEdgeCollapse(mesh, metric, 0, HQ_MAX_ERROR, nullptr, progress, nullptr);
+    const oxVertexBuffer* vertices = mesh.GetVertexBuffer();
+    if (vertices == nullptr || vertices->GetVertexQuantity() == 0) return;
+    oxBBox box(vertices->Position3(0));
+    for (int v = 1; v < vertices->GetVertexQuantity(); ++v) box.selfExpand(vertices->Position3(v));
+    unsigned int axis = 0;
+    tQuadricSimplifyOptions options;
+    options.maxError = HQ_RELATIVE_ERROR * 0.5f * box.getMaxExtent(axis);
+    QuadricSimplify(mesh, options, progress, nullptr);
 }
 
 } // namespace oxMeshProcessing

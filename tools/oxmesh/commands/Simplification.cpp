@@ -8,6 +8,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "addons/oxBBox.h"
 #include "scenegraph/oxIndexBuffer.h"
 #include "scenegraph/oxVertexBuffer.h"
 
@@ -81,13 +82,9 @@ private:
 Wm4::Vector3<float> boundingBoxSides(const ox::oxTriMesh& mesh) {
     const ox::oxVertexBuffer& vertices = *mesh.GetVertexBuffer();
     if (vertices.GetVertexQuantity() == 0) return Wm4::Vector3<float>(0.0f, 0.0f, 0.0f);
-    Wm4::Vector3<float> lo = vertices.Position3(0), hi = lo;
-    for (int v = 1; v < vertices.GetVertexQuantity(); ++v)
-        for (int k = 0; k < 3; ++k) {
-            lo[k] = std::min(lo[k], vertices.Position3(v)[k]);
-            hi[k] = std::max(hi[k], vertices.Position3(v)[k]);
-        }
-    return hi - lo;
+    ox::oxBBox box(vertices.Position3(0));
+    for (int v = 1; v < vertices.GetVertexQuantity(); ++v) box.selfExpand(vertices.Position3(v));
+    return box.getMax() - box.getMin();
 }
 
 SimplifyOutcome simplifyByQuadrics(ox::oxTriMesh& mesh, const SimplifyRequest& request,
