@@ -49,9 +49,10 @@ struct tEdgeCollapseReport {
 /// collapsed; an edge with one locked endpoint collapses onto that endpoint's position (costed
 /// there). A collapse is skipped when the edge is on the boundary, when both endpoints are on
 /// the boundary (it would pinch the surface), when an apex has valency <= 3, when the link
-/// condition fails, or when the cost recomputed at removal time is not below the bound (a
-/// finite one is re-queued, so the run then stops on the bound; an infinite one - fold-over or
-/// crowded neighbourhood - is dropped until a neighbouring collapse re-costs it). A recomputed
+/// condition fails, or when the cost recomputed at removal time is infinite (fold-over or
+/// crowded neighbourhood since it was queued: the edge is dropped until a neighbouring collapse
+/// re-costs it, so no triangle is ever flipped); a finite recomputed cost collapses even above
+/// the bound, which is tested on the queued cost only. A recomputed
 /// cost that differs from the queued one prints "error at edge E (iterationN): new != old"
 /// during the first 100 collapses (diagnostic only). The survivor is the endpoint with the
 /// smaller index. Queue ties are broken by the smaller edge index. Finally the mesh gets new

@@ -387,10 +387,11 @@ void GenericEdgeCollapse(oxTriMesh& mesh, oxQuadricErrorMetric& metric, unsigned
             std::cout << "error at edge " << e << " (iteration" << done << "): " << cost << " != " << front.cost
                       << std::endl;
         }
-        if (!(cost < run.squaredMaxError)) {
-            if (std::isfinite(cost)) {
-                run.enqueue(e, cost);
-            }
+        // The bound was tested on the queued cost; a finite recomputed cost collapses whatever
+        // its value. An infinite one (the neighbourhood changed since the edge was queued: the
+        // collapse would now fold a triangle over or touch a crowded fan) is refused: the edge
+        // stays out of the queue until a neighbouring collapse re-costs it.
+        if (!std::isfinite(cost)) {
             continue;
         }
         run.collapse(e, a, b, c0, c1, position);
