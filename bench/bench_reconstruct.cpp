@@ -3,16 +3,17 @@
 // reconstruction, on the same oriented clouds in the same run, single-threaded.
 //
 // For every cloud and method: time per stage (ours: query build, corner signs, growth,
-// bisection, normals; Poisson: total), whether the mesh is closed and manifold, and the distance
-// to the mesh the cloud was sampled from: two-sided Hausdorff and RMS over dense samples of both
-// surfaces, as fractions of the source's bounding-box diagonal. On fandisk the same distances
-// restricted to samples near its crease edges (dihedral angle above 30 degrees) show how sharp
-// each method keeps them.
+// bisection, normals, topology clean-up; Poisson: total), whether the mesh is closed and
+// manifold, and the distance to the mesh the cloud was sampled from: two-sided Hausdorff and RMS
+// over dense samples of both surfaces, as fractions of the source's bounding-box diagonal. On
+// fandisk the same distances restricted to samples near its crease edges (dihedral angle above
+// 30 degrees) show how sharp each method keeps them.
 //
 //   bench_reconstruct                 depths 8 and 9, each in a process of its own (the mesher
 //                                     fixes its face tables on its first call in a process)
 //   bench_reconstruct --depth N       one depth in this process
 //   bench_reconstruct --depth N --quick   the real clouds only, without the 1M-point cloud
+//   bench_reconstruct ... --raw       our meshes as the mesher leaves them, without the clean-up
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -82,12 +83,15 @@ std::string quality(const Input& input, const oxmesh::MeshData& mesh) {
     return text;
 }
 
-Measured runOurs(const oxmesh::CloudQuery& query, double querySeconds, oxmesh::SurfaceKind kind, unsigned depth) {
+Measured runOurs(const oxmesh::CloudQuery& query, double querySeconds, oxmesh::SurfaceKind kind, unsigned depth,
+                 bool raw) {
     Measured m;
-    m.method = std::string(oxmesh::surfaceName(kind)) + " d" + std::to_string(depth);
-    oxmesh::Reconstruction r = oxmesh::reconstructSurface(query, kind, depth, nullptr, nullptr);
-    m.seconds = querySeconds + r.stages.total() + r.finishSeconds;
+    m.method = std::string(oxmesh::surfaceName(kind)) + (raw ? " raw" : "") + " d" + std::to_string(depth);
+    oxmesh::Reconstruction r = oxmesh::reconstructSurface(query, kind, depth, nullptr, nullptr, !raw);
+    m.seconds = querySeconds + r.stages.total() + r.finishSeconds + r.cleanupSeconds;
     m.stages = "query " + oxmesh::formatSeconds(querySeconds) + ", " + oxmesh::describeStages(r);
+    const std::string cleanup = oxmesh::describeCleanup(r.cleanup);
+    if (!cleanup.empty()) m.stages += "; " + cleanup;
     m.mesh = std::move(r.mesh);
     return m;
 }
@@ -125,14 +129,14 @@ bool load(Input& input, const std::string& cloudPath, const std::string& sourceP
     return true;
 }
 
-void run(const Input& input, unsigned depth) {
+void run(const Input& input, unsigned depth, bool raw) {
     const double start = oxbench::now();
     const oxmesh::CloudQuery query(input.cloud);
     const double querySeconds = oxbench::now() - start;
 
     std::vector<Measured> ours;
     for (const oxmesh::SurfaceKind kind : {oxmesh::SurfaceKind::Apss, oxmesh::SurfaceKind::Rimls})
-        ours.push_back(runOurs(query, querySeconds, kind, depth));
+        ours.push_back(runOurs(query, querySeconds, kind, depth, raw));
 #ifdef OX_HAVE_OPEN3D
     const Measured peer = runPoisson(input.cloud, depth);
     const std::string peerQuality = quality(input, peer.mesh);
@@ -150,7 +154,7 @@ void run(const Input& input, unsigned depth) {
     std::fflush(stdout);
 }
 
-int runDepth(unsigned depth, bool quick) {
+int runDepth(unsigned depth, bool quick, bool raw) {
     std::printf("depth %u (quality: fractions of the source's bounding-box diagonal, %zu samples per side)\n", depth,
                 kQualitySamples);
     const struct {
@@ -163,7 +167,7 @@ int runDepth(unsigned depth, bool quick) {
                 {"fandisk-30k", "clouds/fandisk-poisson-30k.ply", "meshes/fandisk.obj", true}};
     for (const auto& r : real) {
         Input input{r.name, {}, {}, r.creases};
-        if (load(input, r.cloud, r.source)) run(input, depth);
+        if (load(input, r.cloud, r.source)) run(input, depth, raw);
     }
     if (quick) return 0;
 
@@ -176,24 +180,25 @@ int runDepth(unsigned depth, bool quick) {
     }
     igea.source = oxmesh::readMesh(source);
     oxbench::sampleSurface(igea.source, 1000000, igea.cloud.positions, &igea.cloud.normals);
-    run(igea, depth);
+    run(igea, depth, raw);
     return 0;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    bool quick = false;
+    bool quick = false, raw = false;
     int depth = 0;
     for (int a = 1; a < argc; ++a) {
         if (!std::strcmp(argv[a], "--quick")) quick = true;
+        else if (!std::strcmp(argv[a], "--raw")) raw = true;
         else if (!std::strcmp(argv[a], "--depth") && a + 1 < argc) depth = std::atoi(argv[++a]);
         else {
-            std::fprintf(stderr, "usage: bench_reconstruct [--depth N] [--quick]\n");
+            std::fprintf(stderr, "usage: bench_reconstruct [--depth N] [--quick] [--raw]\n");
             return 2;
         }
     }
-    if (depth > 0) return runDepth(unsigned(depth), quick);
+    if (depth > 0) return runDepth(unsigned(depth), quick, raw);
 
     // One process per depth.
     int status = 0;
@@ -203,6 +208,7 @@ int main(int argc, char** argv) {
         if (child == 0) {
             std::vector<const char*> args{argv[0], "--depth", d};
             if (quick) args.push_back("--quick");
+            if (raw) args.push_back("--raw");
             args.push_back(nullptr);
             ::execv("/proc/self/exe", const_cast<char* const*>(args.data()));
             ::_exit(127);

@@ -11,6 +11,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <iostream>
+#include <limits>
 #include <map>
 #include <memory>
 #include <tuple>
@@ -34,7 +35,7 @@ constexpr unsigned kDepth = 5;
 // and the seed cells); records every evaluated position.
 class tAnalyticSurface : public ox::oxPointSetSurface {
 public:
-    enum Shape { SPHERE, TORUS, CONSTANT };
+    enum Shape { SPHERE, TORUS, CONSTANT, CUT_SPHERE };
     tAnalyticSurface(const ox::oxPointSetQuery* query, Shape shape, float a, float b)
         : ox::oxPointSetSurface(query), m_shape(shape), m_a(a), m_b(b) {}
     float computePotential(const V3& x) const override {
@@ -42,6 +43,9 @@ public:
         switch (m_shape) {
             case SPHERE: return x.Length() - m_a;
             case TORUS: return oxtest::torusDistance(x, m_a, m_b);
+            // The sphere of radius a where x < b; beyond the plane x = b the surface is undefined
+            // (+infinity), as a point-set surface is outside every point's support.
+            case CUT_SPHERE: return x.X() < m_b ? x.Length() - m_a : std::numeric_limits<float>::infinity();
             default: return m_a;
         }
     }
@@ -139,6 +143,40 @@ TEST(RegularGridMesher, AnalyticTorusHasGenusOne) {
     const double volume = oxtest::signedVolume(r.triangles, [&](unsigned v) { return r.vertices[v]; });
     EXPECT_NEAR(volume, 2.0 * M_PI * M_PI * R * rr * rr, 0.02);
     for (const V3& v : r.vertices) EXPECT_NEAR(oxtest::torusDistance(v, R, rr), 0.0f, 2e-4f);
+}
+
+TEST(RegularGridMesher, CellsWithAnInfiniteCentreDoNotGrow) {
+    // Grid: the points' cube is [-0.8, 0.8]^3, 32 cells of 0.05 per axis, so the cells cut by
+    // the plane x = b span [0.2, 0.25] with their centres at x = 0.225. Where the sphere is cut
+    // off, the surface continues as a wall x = b between its negative inside and +infinity.
+    const std::vector<V3> points = {V3(-0.5f, 0.0f, 0.0f), V3(-0.6f, -0.6f, -0.6f), V3(0.6f, 0.6f, 0.6f)};
+    auto cloud = seedPoints(points);
+    ASSERT_NEAR(cellSize(points, kSize, kDepth), 0.05, 1e-6);
+
+    // Wall beyond those centres (b = 0.24): the wall cells grow along it and close the surface.
+    const tAnalyticSurface beyond(cloud->query.get(), tAnalyticSurface::CUT_SPHERE, 0.5f, 0.24f);
+    const tMeshResult closed = mesh(beyond, kDepth);
+    const oxtest::tTopology tc = oxtest::checkTopology(closed.triangles);
+    EXPECT_TRUE(tc.closedAndOriented()) << tc.badEdges << " bad edges";
+    EXPECT_EQ(tc.euler, 2) << "a capped sphere";
+
+    // Wall before them (b = 0.21): the wall cells' centres are infinite, they are kept but do not
+    // grow, so the wall stays open; every unmatched edge lies in those cells.
+    const tAnalyticSurface before(cloud->query.get(), tAnalyticSurface::CUT_SPHERE, 0.5f, 0.21f);
+    const tMeshResult open = mesh(before, kDepth);
+    ASSERT_GT(open.triangles.size(), 300u);
+    std::map<std::pair<unsigned, unsigned>, int> directed;
+    for (std::size_t f = 0; f < open.triangles.size(); f += 3)
+        for (int e = 0; e < 3; ++e) ++directed[{open.triangles[f + e], open.triangles[f + (e + 1) % 3]}];
+    std::size_t unmatched = 0;
+    for (const auto& d : directed) {
+        EXPECT_EQ(d.second, 1);
+        if (directed.count({d.first.second, d.first.first})) continue;
+        ++unmatched;
+        for (unsigned v : {d.first.first, d.first.second}) EXPECT_GE(open.vertices[v].X(), 0.2f - 1e-5f);
+    }
+    EXPECT_GT(unmatched, 0u);
+    for (const auto& e : before.evaluations) ASSERT_EQ(e.second, 1);
 }
 
 TEST(RegularGridMesher, ConstantFieldsGiveNoTriangles) {

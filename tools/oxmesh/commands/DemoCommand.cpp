@@ -74,9 +74,12 @@ int DemoCommand::run() {
         start = std::chrono::steady_clock::now();
         writeMesh(output, result.mesh);
         const double writeSeconds = secondsSince(start);
-        if (!global_.quiet)
-            std::printf("%s: %s; %s, write %s\n  -> %s\n", surfaceName(kind), describeMesh(result.mesh).c_str(),
-                        describeStages(result).c_str(), formatSeconds(writeSeconds).c_str(), output.c_str());
+        if (global_.quiet) continue;
+        std::printf("%s: %s; %s, write %s\n", surfaceName(kind), describeMesh(result.mesh).c_str(),
+                    describeStages(result).c_str(), formatSeconds(writeSeconds).c_str());
+        const std::string cleanup = describeCleanup(result.cleanup);
+        if (!cleanup.empty()) std::printf("  %s\n", cleanup.c_str());
+        std::printf("  -> %s\n", output.c_str());
     }
     return std::fflush(stdout) == 0 ? 0 : 1;
 }

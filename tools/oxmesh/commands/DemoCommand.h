@@ -18,8 +18,9 @@ public:
     /// Reads the cloud (the bundled data/clouds/spot-uniform-10k.ply unless --input), builds the
     /// point-set query once, and meshes it with APSS and then RIMLS at one depth (7 unless
     /// --depth; one depth for both, as the mesher fixes its face tables on its first call in a
-    /// process), writing DIR/<name>-apss.ply and DIR/<name>-rimls.ply (DIR is created when
-    /// missing). Prints the counts, the time per stage and the output paths (nothing with
+    /// process), cleaning up each mesh as `oxmesh reconstruct` does, writing DIR/<name>-apss.ply
+    /// and DIR/<name>-rimls.ply (DIR is created when missing). Prints the counts, the time per
+    /// stage, what the clean-up did (when it had to run) and the output paths (nothing with
     /// --quiet). Returns 0; a missing cloud, a cloud without normals or an unwritable folder
     /// are thrown as InputError.
     int run() override;

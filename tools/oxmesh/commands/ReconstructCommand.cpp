@@ -32,6 +32,9 @@ ReconstructCommand::ReconstructCommand(CLI::App& app, const GlobalOptions& globa
         ->check(CLI::Range(1u, 10u));
     subcommand_->add_flag("--estimate-normals", estimateNormals_,
                           "Estimate and orient normals first (replaces normals the file has)");
+    subcommand_->add_flag("--raw", raw_,
+                          "Write the mesher's output as it is, without splitting pinched vertices, dropping "
+                          "stray pieces and closing small holes");
     subcommand_->add_flag("-v,--verbose", verbose_, "Also print the mesher's own progress lines");
 }
 
@@ -69,7 +72,7 @@ int ReconstructCommand::run() {
     Reconstruction result;
     {
         ProgressBar bar(std::string("meshing (") + surfaceName(surface) + ")", mode);
-        result = reconstructSurface(query, surface, depth_, &bar, verbose_ ? stdout : nullptr);
+        result = reconstructSurface(query, surface, depth_, &bar, verbose_ ? stdout : nullptr, !raw_);
     }
     if (result.mesh.triangleCount() == 0)
         throw InputError(input_, "no surface found near the points (the potential has no sign change); "
@@ -86,6 +89,8 @@ int ReconstructCommand::run() {
                  formatSeconds(writeSeconds);
         std::printf("%s: %s (%s, depth %u); %s\n", output_.c_str(), describeMesh(result.mesh).c_str(),
                     surfaceName(surface), depth_, times.c_str());
+        const std::string cleanup = describeCleanup(result.cleanup);
+        if (!cleanup.empty()) std::printf("%s\n", cleanup.c_str());
         if (dropped)
             std::printf("warning: %zu points got no normal (their neighbours do not span a plane) and were left out\n",
                         dropped);

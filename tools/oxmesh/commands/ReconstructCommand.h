@@ -1,6 +1,6 @@
-// `oxmesh reconstruct IN -o OUT [--surface apss|rimls] [--depth N] [--estimate-normals]`:
-// a closed triangle mesh from an oriented point cloud, through a moving-least-squares surface
-// and sparse marching cubes.
+// `oxmesh reconstruct IN -o OUT [--surface apss|rimls] [--depth N] [--estimate-normals] [--raw]`:
+// a closed triangle mesh from an oriented point cloud, through a moving-least-squares surface,
+// sparse marching cubes and (unless --raw) the topology clean-up of ReconstructionCleanup.h.
 #pragma once
 
 #include <string>
@@ -18,9 +18,10 @@ public:
 
     /// Reads the cloud (faces, if any, are ignored), checks it (checkOrientedCloud) or estimates
     /// its normals first (--estimate-normals), meshes the chosen surface at the chosen depth, and
-    /// writes the mesh with vertex normals in the cloud's coordinates. Prints one summary line
-    /// (counts, closed or open, time per stage); with --verbose the mesher's own lines come before
-    /// it. Returns 0; problems with the files or the cloud are thrown as InputError, and no output
+    /// writes the mesh with vertex normals in the cloud's coordinates. A mesh that comes out open
+    /// or non-manifold is cleaned up first unless --raw is given. Prints one summary line (counts,
+    /// closed or open, time per stage), followed by one "clean-up: ..." line when the clean-up had
+    /// to run; with --verbose the mesher's own lines come before them. Returns 0; problems with the files or the cloud are thrown as InputError, and no output
     /// file is left behind then.
     int run() override;
 
@@ -29,6 +30,7 @@ private:
     std::string surfaceText_ = "apss";
     unsigned int depth_ = 7;
     bool estimateNormals_ = false;
+    bool raw_ = false;
     bool verbose_ = false;
 };
 

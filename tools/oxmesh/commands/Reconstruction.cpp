@@ -119,7 +119,7 @@ Vec3 CloudQuery::toInputFrame(const Vec3& normalised) const {
 }
 
 Reconstruction reconstructSurface(const CloudQuery& cloud, SurfaceKind kind, unsigned int depth,
-                                  ox::oxProgressNotifierInterface* progress, std::FILE* mesherLog) {
+                                  ox::oxProgressNotifierInterface* progress, std::FILE* mesherLog, bool cleanUp) {
     const ox::oxAPSSSurface apss(&cloud.query());
     const ox::oxRIMLSSurface rimls(&cloud.query());
     const ox::oxPointSetSurface* surface = kind == SurfaceKind::Apss ? static_cast<const ox::oxPointSetSurface*>(&apss)
@@ -146,6 +146,14 @@ Reconstruction reconstructSurface(const CloudQuery& cloud, SurfaceKind kind, uns
     ox::oxMeshProcessing::RecomputeNormals(*geometry);
     result.mesh = fromTriMesh(*geometry);
     result.finishSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+
+    if (cleanUp) {
+        const auto cleanupStart = std::chrono::steady_clock::now();
+        result.cleanupRequested = true;
+        result.cleanup = cleanReconstruction(result.mesh);
+        result.cleanupSeconds =
+            std::chrono::duration<double>(std::chrono::steady_clock::now() - cleanupStart).count();
+    }
     return result;
 }
 
@@ -165,7 +173,8 @@ std::string describeStages(const Reconstruction& result) {
     return "corner signs " + formatSeconds(result.stages.cornerSigns) + ", growth " +
            formatSeconds(result.stages.growth) + " (" + plural(result.stages.iterations, "iteration", "iterations") +
            "), bisection " + formatSeconds(result.stages.bisection) + ", normals " +
-           formatSeconds(result.finishSeconds);
+           formatSeconds(result.finishSeconds) +
+           (result.cleanupRequested ? ", clean-up " + formatSeconds(result.cleanupSeconds) : std::string());
 }
 
 }  // namespace oxmesh

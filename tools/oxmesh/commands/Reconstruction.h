@@ -11,6 +11,7 @@
 
 #include "Wm4/Wm4Vector3.h"
 #include "commands/MesherStageMonitor.h"
+#include "io/ReconstructionCleanup.h"
 #include "io/MeshData.h"
 #include "system/oxProgressNotifierInterface.h"
 
@@ -75,23 +76,31 @@ struct Reconstruction {
     MeshData mesh;              ///< in the cloud's coordinates, with unit vertex normals
     MesherStageTimes stages;    ///< the mesher's stages
     double finishSeconds = 0.0; ///< mapping back to the input frame and vertex normals
+    bool cleanupRequested = false;  ///< the clean-up step was part of the run
+    CleanupReport cleanup;          ///< what it did
+    double cleanupSeconds = 0.0;
 };
 
 /// Meshes the `kind` surface of `cloud` on a grid of 2^depth cells per axis (depth clamped to
 /// 1..10 by the mesher), maps the vertices back to the input frame and gives every vertex the
 /// angle-weighted normal of its triangles. Triangles face the side the cloud's normals point to.
+/// With `cleanUp` (the tool's default) a mesh that is not closed and manifold then goes through
+/// cleanReconstruction: pinched vertices split, stray pieces dropped, small holes closed.
 /// `progress` (may be null) receives one rising value in [0, 1]; the mesher's own lines go to
 /// `mesherLog`, or nowhere when it is null. Cost: a few surface fits per surface cell and ten per
-/// vertex, each fit O(points within a support radius). An empty result is returned as it is.
-/// The mesher fixes its face tables on its first call in a process: use one depth per process.
+/// vertex, each fit O(points within a support radius); the clean-up is O(V + T). An empty result
+/// is returned as it is. The mesher fixes its face tables on its first call in a process: use one
+/// depth per process.
 Reconstruction reconstructSurface(const CloudQuery& cloud, SurfaceKind kind, unsigned int depth,
-                                  ox::oxProgressNotifierInterface* progress, std::FILE* mesherLog);
+                                  ox::oxProgressNotifierInterface* progress, std::FILE* mesherLog,
+                                  bool cleanUp = true);
 
 /// "N vertices, M triangles, closed manifold" (or "open", "non-manifold"), from the mesh's
 /// topology statistics. O(V + T).
 std::string describeMesh(const MeshData& mesh);
 
-/// "corner signs 0.12 s, growth 0.40 s (31 iterations), bisection 0.55 s, normals 0.01 s". O(1).
+/// "corner signs 0.12 s, growth 0.40 s (31 iterations), bisection 0.55 s, normals 0.01 s", then
+/// ", clean-up 0.02 s" when the clean-up was part of the run. O(1).
 std::string describeStages(const Reconstruction& result);
 
 /// Seconds as the summaries print them: "0.123 s". O(1).
