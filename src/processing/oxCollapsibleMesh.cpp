@@ -58,30 +58,46 @@ bool tCollapsibleMesh::build(const unsigned int* indices, unsigned int triangleC
 
     // Each triangle at v names every neighbour of v once, so an edge (v, u) is counted once
     // per triangle on it: 1 on the boundary, 2 inside, more on a non-manifold edge.
-    std::vector<unsigned int> uses(vertexCount, 0);
+    // The triangles at v joined through their inner edges form v's fans; a vertex where
+    // several fans meet (two cones touching at their tips) is pinched.
+    std::vector<unsigned int> uses(vertexCount, 0), firstTriangle(vertexCount, 0), fan;
+    m_pinched.assign(vertexCount, 0);
     for (unsigned int v = 0; v < vertexCount; ++v) {
         const unsigned int stamp = nextStamp();
-        for (const unsigned int* t = trianglesBegin(v); t != trianglesEnd(v); ++t) {
-            const unsigned int* c = corners(*t);
+        const unsigned int count = m_count[v];
+        const unsigned int* row = trianglesBegin(v);
+        for (unsigned int i = 0; i < count; ++i) {
+            const unsigned int* c = corners(row[i]);
             for (int k = 0; k < 3; ++k) {
                 const unsigned int u = c[k];
                 if (u == v) continue;
                 if (m_mark[u] != stamp) {
                     m_mark[u] = stamp;
                     uses[u] = 0;
+                    firstTriangle[u] = i;
                 }
                 ++uses[u];
             }
         }
-        for (const unsigned int* t = trianglesBegin(v); t != trianglesEnd(v); ++t) {
-            const unsigned int* c = corners(*t);
+        fan.resize(count);
+        for (unsigned int i = 0; i < count; ++i) fan[i] = i;
+        auto root = [&fan](unsigned int i) {
+            while (fan[i] != i) i = fan[i] = fan[fan[i]];
+            return i;
+        };
+        for (unsigned int i = 0; i < count; ++i) {
+            const unsigned int* c = corners(row[i]);
             for (int k = 0; k < 3; ++k) {
                 const unsigned int u = c[k];
                 if (u == v) continue;
                 if (uses[u] > 2) return false;
                 if (uses[u] == 1) m_boundary[v] = m_boundary[u] = 1;
+                if (uses[u] == 2 && firstTriangle[u] != i) fan[root(i)] = root(firstTriangle[u]);
             }
         }
+        unsigned int fans = 0;
+        for (unsigned int i = 0; i < count; ++i) fans += root(i) == i ? 1u : 0u;
+        m_pinched[v] = fans > 1 ? 1 : 0;
     }
     numberEdges();
     return true;
@@ -129,6 +145,7 @@ bool tCollapsibleMesh::canCollapse(unsigned int a, unsigned int b, tEdgeFan& fan
     }
     if (fan.triangles == 0) return false;  // not an edge (any more)
     if (fan.triangles == 2 && onBoundary(a) && onBoundary(b)) return false;  // would pinch
+    if (m_pinched[a] || m_pinched[b]) return false;  // keeps the fans of a pinched vertex apart
     for (unsigned int i = 0; i < fan.triangles; ++i) {
         const unsigned int apex = fan.apex[i];
         // An inner apex keeps at least three triangles, a boundary one at least one.

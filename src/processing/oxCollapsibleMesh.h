@@ -65,8 +65,8 @@ public:
 
     /// Whether collapsing edge (a, b) keeps the mesh an edge-manifold surface of the same
     /// topology: the edge exists, a and b share no neighbour besides the apexes (link
-    /// condition), an interior edge does not join two boundary vertices, and no apex is left
-    /// with a degenerate fan. Fills `fan`. O(triangles around a and b).
+    /// condition), an interior edge does not join two boundary vertices, neither end is a
+    /// pinched vertex (several fans meeting), and no apex is left with a degenerate fan. Fills `fan`. O(triangles around a and b).
     bool canCollapse(unsigned int a, unsigned int b, tEdgeFan& fan);
 
     /// Collapses edge (survivor, removed), which canCollapse accepted with `fan`: the triangles
@@ -86,6 +86,7 @@ private:
     std::vector<unsigned int> m_edgeStart, m_edgeCount, m_edgeRefs;
     std::vector<unsigned int> m_killed;
     std::vector<char> m_boundary;
+    std::vector<char> m_pinched;  ///< vertices where several fans of triangles meet
     std::vector<unsigned int> m_mark;
     unsigned int m_stamp = 0;
     unsigned int m_live = 0;
