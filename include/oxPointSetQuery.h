@@ -14,6 +14,8 @@
 
 namespace ox {
 
+class oxSurfaceGathering;
+
 class oxPointSetQuery {
 public:
     /// Holds the buffer; the hierarchy and the graph are created by the query itself (and
@@ -44,7 +46,11 @@ public:
     /// with positions, normals and point sizes only replaces the old one, and the
     /// structure is computed again on it: centre and scale then describe that second
     /// normalisation), writes every point's radius (factor 4) into the point sizes and
-    /// computes the node boxes around the points' discs.
+    /// computes the node boxes around the points' discs. Last, it takes the compact copy of
+    /// positions, normals, point sizes and node boxes that the point-set surfaces read:
+    /// edits to the buffer made after this call reach the surfaces only through another
+    /// call (a query whose point sizes were written by its caller has no copy, and the
+    /// surfaces then read the buffer itself).
     void computePointRadii();
 
     /// Index of the point nearest to `position` other than `excluded` (0xFFFFFFFF for
@@ -61,6 +67,7 @@ private:
     float estimateLocalDensity(unsigned int, float) const { return 0.0f; }
 
     struct tOwnedStructures;  // hierarchy and graph created by the query itself
+    friend class oxSurfaceGathering;  // reads m_gathering
 
     oxPointer<oxVertexBuffer> m_vertices;
     oxPointSetProcessing::oxMiniBVH* m_bvh = nullptr;
@@ -72,6 +79,7 @@ private:
     unsigned int m_maxNeighbours = 32;
     int m_pending = 1;
     std::shared_ptr<tOwnedStructures> m_owned;
+    std::shared_ptr<const oxSurfaceGathering> m_gathering;  // made by computePointRadii, shared by copies
 };
 
 }  // namespace ox

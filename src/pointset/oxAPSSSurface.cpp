@@ -114,14 +114,23 @@ float oxAPSSSurface::oxAlgebraicSphere::distanceToSurface(const Vec3& x) const {
 
 namespace {
 
-// Weighted sums of one sphere fit.
+using tFloat4 = oxSurfaceGathering::tFloat4;
+
+// Weighted sums of one sphere fit: the count, sum w, and sum w * record, i.e. sum w p,
+// sum w |p|^2 (first four lanes), sum w n and sum w (p . n) (last four), in the record
+// layout of the gathering.
 struct tSphereSums {
     unsigned int count = 0;
     float w = 0.0f;
-    Vec3 wp;
-    float wpp = 0.0f;
-    Vec3 wn;
-    float wpn = 0.0f;
+    tFloat4 wPosition = {0.0f, 0.0f, 0.0f, 0.0f};
+    tFloat4 wNormal = {0.0f, 0.0f, 0.0f, 0.0f};
+
+    void add(const oxSurfaceGathering::tSupport& s) {
+        ++count;
+        w += s.weight;
+        wPosition += s.weight * oxSurfaceGathering::load4(s.record + oxSurfaceGathering::kPX);
+        wNormal += s.weight * oxSurfaceGathering::load4(s.record + oxSurfaceGathering::kNX);
+    }
 };
 
 }  // namespace
@@ -129,24 +138,18 @@ struct tSphereSums {
 oxAPSSSurface::oxAPSSSurface(const oxPointSetQuery* pointSet) : oxPointSetSurface(pointSet) {}
 
 oxAPSSSurface::oxAlgebraicSphere oxAPSSSurface::fitSphere(const Vec3& x) const {
+    using G = oxSurfaceGathering;
     const oxPointSetQuery& query = *getPointSet();
     tSphereSums s;
-    oxSurfaceGathering::forEachSupportingPoint(query, x, [&s](const oxSurfaceGathering::tSupport& support) {
-        const float w = WeightFunction(std::sqrt(support.distance2) / support.radius);
-        const Vec3& p = *support.position;
-        const Vec3& n = *support.normal;
-        ++s.count;
-        s.w += w;
-        s.wp += p * w;
-        s.wpp += w * p.SquaredLength();
-        s.wn += n * w;
-        s.wpn += w * p.Dot(n);
-    });
-    if (s.count < 4) return oxAlgebraicSphere(oxSurfaceGathering::nearestNormalSide(query, x), Vec3(), 0.0f);
+    G::forEachSupportingPoint(query, x, [&s](const G::tSupport& support) { s.add(support); });
+    if (s.count < 4) return oxAlgebraicSphere(G::nearestNormalSide(query, x), Vec3(), 0.0f);
+    static_assert(G::kPP == 3 && G::kNX == 4 && G::kPN == 7, "record layout of the two sums");
+    const Vec3 wp(s.wPosition[0], s.wPosition[1], s.wPosition[2]), wn(s.wNormal[0], s.wNormal[1], s.wNormal[2]);
+    const float wpp = s.wPosition[3], wpn = s.wNormal[3];
     const float invW = 1.0f / s.w;
-    const float u4 = 0.5f * (s.wpn - s.wp.Dot(s.wn) * invW) / (s.wpp - s.wp.Dot(s.wp) * invW);
-    const Vec3 u123 = (s.wn - s.wp * (2.0f * u4)) * invW;
-    const float u0 = -(u123.Dot(s.wp) + u4 * s.wpp) * invW;
+    const float u4 = 0.5f * (wpn - wp.Dot(wn) * invW) / (wpp - wp.Dot(wp) * invW);
+    const Vec3 u123 = (wn - wp * (2.0f * u4)) * invW;
+    const float u0 = -(u123.Dot(wp) + u4 * wpp) * invW;
     return oxAlgebraicSphere(u0, u123, u4);
 }
 

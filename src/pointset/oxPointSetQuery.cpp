@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 
+#include "oxSurfaceGathering.h"
 #include "scenegraph/oxAttributes.h"
 
 namespace ox {
@@ -66,12 +67,15 @@ void oxPointSetQuery::computePointRadii() {
     const unsigned int count = static_cast<unsigned int>(vb.GetVertexQuantity());
     if (count == 0) {
         m_bvh->computeBBoxes(nullptr, 0);
-        return;
+    } else {
+        const unsigned int stride = static_cast<unsigned int>(vb.GetChannelQuantity());
+        float* sizes = &vb.PSize1(0);
+        oxPointSetProcessing::ComputePointsRadii(count, &vb.Position3(0).X(), stride, sizes, stride, *m_knn, 4.0f);
+        m_bvh->computeBBoxes(sizes, stride);
     }
-    const unsigned int stride = static_cast<unsigned int>(vb.GetChannelQuantity());
-    float* sizes = &vb.PSize1(0);
-    oxPointSetProcessing::ComputePointsRadii(count, &vb.Position3(0).X(), stride, sizes, stride, *m_knn, 4.0f);
-    m_bvh->computeBBoxes(sizes, stride);
+    // The surfaces need normals; a cloud without them gets no copy.
+    m_gathering.reset();
+    if (vb.GetAttributes().HasNormal()) m_gathering = std::make_shared<const oxSurfaceGathering>(*this);
 }
 
 namespace {
