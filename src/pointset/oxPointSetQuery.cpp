@@ -2,6 +2,7 @@
 // queries (nearest vertex, points in a sphere) by branch-and-bound over node boxes.
 #include "oxPointSetQuery.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -98,12 +99,49 @@ void walkSphere(const oxPointSetProcessing::oxMiniBVH& bvh, unsigned int node, c
     walkSphere(bvh, left + 1, centre, radius2, visit);
 }
 
+/// Squared distance from `c` to box `b` (0 inside; infinity for an empty box).
+float boxDistance2(const oxBBox& b, const Wm4::Vector3<float>& c) {
+    if (b.isEmpty()) return std::numeric_limits<float>::infinity();
+    float d2 = 0.0f;
+    for (int i = 0; i < 3; ++i) {
+        const float gap = c[i] < b.getMin()[i] ? b.getMin()[i] - c[i] : (c[i] > b.getMax()[i] ? c[i] - b.getMax()[i] : 0.0f);
+        d2 += gap * gap;
+    }
+    return d2;
+}
+
+/// Lowers `best2` to the smallest squared distance from `c` to a point other than `excluded`
+/// under `node`, visiting the nearer child first and skipping boxes no closer than `best2`.
+void nearestDistance2(const oxPointSetProcessing::oxMiniBVH& bvh, unsigned int node, const oxVertexBuffer& vb,
+                      const Wm4::Vector3<float>& c, unsigned int excluded, float& best2) {
+    const oxPointSetProcessing::oxMiniBVHNode& n = bvh.getNode(node);
+    if (n.isLeaf()) {
+        const unsigned int first = n.getFirstPrimIdx(), end = first + n.getNoPrimitives();
+        for (unsigned int j = first; j < end; ++j) {
+            const float d2 = (vb.Position3(int(j)) - c).SquaredLength();
+            if (d2 < best2 && j != excluded) best2 = d2;
+        }
+        return;
+    }
+    const unsigned int left = bvh.getNodeIndex(n.leftChildNode());
+    const float dl = boxDistance2(bvh.getNodeBBox(left), c), dr = boxDistance2(bvh.getNodeBBox(left + 1), c);
+    const unsigned int nearer = dl <= dr ? left : left + 1, farther = dl <= dr ? left + 1 : left;
+    if (std::min(dl, dr) < best2) nearestDistance2(bvh, nearer, vb, c, excluded, best2);
+    if (std::max(dl, dr) < best2) nearestDistance2(bvh, farther, vb, c, excluded, best2);
+}
+
 }  // namespace
 
 unsigned int oxPointSetQuery::getNearestVertex(const Wm4::Vector3<float>& position, unsigned int excluded) const {
     if (m_bvh->getNoNodes() == 0) return 0;
     const oxVertexBuffer& vb = *m_vertices;
+    // The answer is the first point, in left-first order, that comes closest. A nearer-child-
+    // first search finds that distance quickly; the left-first walk then starts from just
+    // above it, visiting only the nodes that can hold such a point, in the same order.
+    float nearest2 = std::numeric_limits<float>::infinity();
+    nearestDistance2(*m_bvh, 0, vb, position, excluded, nearest2);
     float best = std::numeric_limits<float>::infinity();
+    if (nearest2 < best) best = std::max(std::sqrt(nearest2) * 1.000001f, 1.1e-19f);  // best^2 > nearest2
     unsigned int bestIndex = 0;
     walkSphere(
         *m_bvh, 0, position, [&] { return best * best; },

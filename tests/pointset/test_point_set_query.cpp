@@ -92,6 +92,35 @@ TEST(PointSetQuery, QueriesMatchExhaustiveSearch) {
     EXPECT_EQ(query.getNearestVertex(p0, 0xFFFFFFFFu), 0u);
 }
 
+TEST(PointSetQuery, NearestVertexTiesAreDecidedInHierarchyOrder) {
+    // Every point twice: the two copies tie at every query. The answer is decided in index
+    // order (the hierarchy's leaves are consecutive index ranges, walked left first): a point
+    // replaces the best so far when the square of the best distance (the distance rounded to a
+    // float, squared) exceeds its squared distance, so rounding can let the second copy win.
+    // A search that visits points in another order answers differently.
+    oxPointer<oxVertexBuffer> single = sphereCloud(800, false);
+    oxPointer<oxVertexBuffer> doubled(new oxVertexBuffer(single->GetAttributes(), 1600));
+    for (int i = 0; i < 1600; ++i) {
+        doubled->Position3(i) = single->Position3(i / 2);
+        doubled->Normal3(i) = single->Normal3(i / 2);
+    }
+    oxPointSetQuery query(doubled.get());
+    query.computePointRadii();
+    const oxVertexBuffer& vb = *query.getVertices();
+    std::mt19937 rng(9);
+    std::uniform_real_distribution<float> u(-3.0f, 3.0f);
+    for (int t = 0; t < 300; ++t) {
+        const V3 q(u(rng), u(rng), u(rng));
+        float best = std::numeric_limits<float>::infinity();
+        unsigned expected = 0;
+        for (int j = 0; j < vb.GetVertexQuantity(); ++j) {
+            const float d2 = (vb.Position3(j) - q).SquaredLength();
+            if (best * best > d2) best = std::sqrt(d2), expected = unsigned(j);
+        }
+        ASSERT_EQ(query.getNearestVertex(q, 0xFFFFFFFFu), expected) << "query " << t;
+    }
+}
+
 TEST(PointSetQuery, SinglePointEmptyBufferAndSharing) {
     // One point excluded: nothing qualifies, the answer is 0.
     oxPointer<oxVertexBuffer> one = sphereCloud(1, false);
