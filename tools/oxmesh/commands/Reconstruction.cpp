@@ -1,12 +1,14 @@
 #include "commands/Reconstruction.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
-#include <algorithm>
 
 #include "io/InputError.h"
 #include "io/MeshStats.h"
+#include "io/PointSupport.h"
 #include "io/SceneConversion.h"
 #include "oxAPSSSurface.h"
 #include "oxMeshProcessing.h"
@@ -44,6 +46,27 @@ private:
 
 std::string plural(std::size_t count, const char* singular, const char* pluralForm) {
     return std::to_string(count) + " " + (count == 1 ? singular : pluralForm);
+}
+
+/// A mesh vertex farther than this fraction of the support radius from every point lies
+/// where the surface is extrapolated, not fitted: on the data sets, vertices of the fitted
+/// surface stay within 0.4 of the nearest point's radius, while flaps that a surface grows
+/// past thin sharp edges or around the rim of a scan's hole sit at 0.5 to 1.1.
+constexpr float kSupportedFraction = 0.5f;
+
+/// Flags the vertices (positions in the query's frame) lying away from the points. O(V log n).
+std::vector<std::uint8_t> verticesAwayFromPoints(const ox::oxPointSetQuery& query, const ox::oxVertexBuffer& vertices) {
+    const ox::oxVertexBuffer& points = *query.getVertices();
+    std::vector<std::uint8_t> away(std::size_t(vertices.GetVertexQuantity()), 0);
+    if (points.GetVertexQuantity() == 0) return away;
+    const std::size_t stride = std::size_t(points.GetChannelQuantity());
+    const float* data = points.GetData();
+    const PointSupport support(data + points.GetAttributes().GetPositionOffset(), stride,
+                               data + points.GetAttributes().GetPSizeOffset(), stride,
+                               std::size_t(points.GetVertexQuantity()), kSupportedFraction);
+    for (int v = 0; v < vertices.GetVertexQuantity(); ++v)
+        away[std::size_t(v)] = !support.supports(static_cast<const float*>(vertices.Position3(v)));
+    return away;
 }
 
 }  // namespace
@@ -139,6 +162,8 @@ Reconstruction reconstructSurface(const CloudQuery& cloud, SurfaceKind kind, uns
 
     const auto start = std::chrono::steady_clock::now();
     ox::oxVertexBuffer& vertices = *geometry->GetVertexBuffer();
+    const std::vector<std::uint8_t> unsupported = cleanUp ? verticesAwayFromPoints(cloud.query(), vertices)
+                                                          : std::vector<std::uint8_t>();
     for (int v = 0; v < vertices.GetVertexQuantity(); ++v) {
         vertices.Position3(v) = cloud.toInputFrame(vertices.Position3(v));
         vertices.Normal3(v) = Vec3(0.0f, 0.0f, 0.0f);  // RecomputeNormals adds to what is there
@@ -150,7 +175,7 @@ Reconstruction reconstructSurface(const CloudQuery& cloud, SurfaceKind kind, uns
     if (cleanUp) {
         const auto cleanupStart = std::chrono::steady_clock::now();
         result.cleanupRequested = true;
-        result.cleanup = cleanReconstruction(result.mesh);
+        result.cleanup = cleanReconstruction(result.mesh, CleanupLimits(), &unsupported);
         result.cleanupSeconds =
             std::chrono::duration<double>(std::chrono::steady_clock::now() - cleanupStart).count();
     }

@@ -91,6 +91,18 @@ Index appendVertex(MeshData& mesh, const Index* sources, std::size_t count) {
     return added;
 }
 
+/// Step 0: drops the triangles that touch a vertex flagged as away from the points.
+void dropUnsupportedTriangles(MeshData& mesh, const std::vector<std::uint8_t>& unsupported, CleanupReport& report) {
+    std::vector<Index>& corners = mesh.triangles;
+    std::vector<std::uint8_t> drop(corners.size() / 3, 0);
+    for (std::size_t t = 0; t < drop.size(); ++t) {
+        const Index* v = &corners[3 * t];
+        drop[t] = unsupported[v[0]] | unsupported[v[1]] | unsupported[v[2]];
+        report.unsupportedTriangles += drop[t];
+    }
+    keepTriangles(corners, drop);
+}
+
 /// Step 1: drops triangles naming a vertex twice, then those on edges of more than two sides.
 void dropBadTriangles(MeshData& mesh, CleanupReport& report) {
     std::vector<Index>& corners = mesh.triangles;
@@ -249,7 +261,8 @@ std::string counted(std::size_t count, const char* singular, const char* plural)
 
 }  // namespace
 
-CleanupReport cleanReconstruction(MeshData& mesh, const CleanupLimits& limits) {
+CleanupReport cleanReconstruction(MeshData& mesh, const CleanupLimits& limits,
+                                  const std::vector<std::uint8_t>* unsupportedVertices) {
     CleanupReport report;
     if (mesh.triangleCount() == 0) return report;
     mesh.polygonStarts.clear();  // the clean-up works on triangles
@@ -257,6 +270,7 @@ CleanupReport cleanReconstruction(MeshData& mesh, const CleanupLimits& limits) {
     if (before.closed && before.manifold) return report;
 
     report.ran = true;
+    if (unsupportedVertices) dropUnsupportedTriangles(mesh, *unsupportedVertices, report);
     dropBadTriangles(mesh, report);
     splitPinchedVertices(mesh, report);
     dropStrayPieces(mesh, limits.strayFraction, report);
@@ -268,6 +282,9 @@ CleanupReport cleanReconstruction(MeshData& mesh, const CleanupLimits& limits) {
 std::string describeCleanup(const CleanupReport& report) {
     if (!report.ran) return "";
     std::vector<std::string> done;
+    if (report.unsupportedTriangles)
+        done.push_back("trimmed " + counted(report.unsupportedTriangles, "triangle", "triangles") +
+                       " away from the points");
     if (report.degenerateTriangles)
         done.push_back("dropped " + counted(report.degenerateTriangles, "degenerate triangle", "degenerate triangles"));
     if (report.nonManifoldTriangles)

@@ -6,6 +6,8 @@
 // two rims can touch at a single grid-edge vertex (a pinched vertex), and sign noise of the
 // fitted surface can leave tiny separate pieces of a cell or two. The clean-up makes such a
 // mesh manifold and closes what is clearly an artefact, without moving any vertex:
+//   0. when the caller flags vertices that lie away from the points (the surface there is an
+//      extrapolation, e.g. a flap past a sharp edge), the triangles touching them are dropped;
 //   1. triangles naming a vertex twice are dropped, and every triangle on an edge that more
 //      than two triangles share;
 //   2. each pinched vertex is split into one vertex per fan of triangles around it;
@@ -18,6 +20,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -37,6 +40,7 @@ struct CleanupLimits {
 /// What the clean-up did to one mesh.
 struct CleanupReport {
     bool ran = false;                     ///< false: the mesh was closed and manifold (or empty)
+    std::size_t unsupportedTriangles = 0; ///< dropped: touching a vertex away from the points
     std::size_t degenerateTriangles = 0;  ///< dropped: a vertex named twice
     std::size_t nonManifoldTriangles = 0; ///< dropped: on an edge of more than two triangles
     std::size_t pinchedVertices = 0;      ///< vertices split, one copy per extra fan
@@ -53,8 +57,10 @@ struct CleanupReport {
 /// colours follow their vertices; a vertex copy repeats its original's attributes, a vertex
 /// added in a hole gets the mean of the loop's. Faces are treated as triangles (polygon
 /// grouping, if any, is dropped). Cost O(V + T) expected, a few dozen bytes per triangle of
-/// scratch memory. Precondition: every index below the vertex count. Never fails.
-CleanupReport cleanReconstruction(MeshData& mesh, const CleanupLimits& limits = CleanupLimits());
+/// scratch memory. `unsupportedVertices` (may be null) flags, per vertex, the vertices of
+/// step 0. Precondition: every index below the vertex count. Never fails.
+CleanupReport cleanReconstruction(MeshData& mesh, const CleanupLimits& limits = CleanupLimits(),
+                                  const std::vector<std::uint8_t>* unsupportedVertices = nullptr);
 
 /// One line for the command summaries, e.g. "clean-up: split 2 pinched vertices, dropped 3
 /// stray pieces (17 triangles), closed 12 small holes (131 triangles)"; "clean-up: nothing to
