@@ -39,6 +39,11 @@ public:
     unsigned int edgeCount() const { return static_cast<unsigned int>(m_edgeAlive.size()); }
     bool isEdgeAlive(unsigned int e) const { return m_edgeAlive[e] != 0; }
     unsigned int edgeEnd(unsigned int e, int k) const { return m_edgeEnds[2 * std::size_t(e) + k]; }
+    unsigned int otherEnd(unsigned int e, unsigned int v) const
+    {
+        const unsigned int* ends = &m_edgeEnds[2 * std::size_t(e)];
+        return ends[0] == v ? ends[1] : ends[0];
+    }
     const unsigned int* edgesBegin(unsigned int v) const { return m_edgeRefs.data() + m_edgeStart[v]; }
     const unsigned int* edgesEnd(unsigned int v) const
     {
