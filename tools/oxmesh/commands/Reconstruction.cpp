@@ -8,7 +8,6 @@
 
 #include "io/InputError.h"
 #include "io/MeshStats.h"
-#include "io/PointSupport.h"
 #include "io/SceneConversion.h"
 #include "oxAPSSSurface.h"
 #include "oxMeshProcessing.h"
@@ -50,23 +49,23 @@ std::string plural(std::size_t count, const char* singular, const char* pluralFo
 
 /// A mesh vertex farther than this fraction of the support radius from every point lies
 /// where the surface is extrapolated, not fitted: on the data sets, vertices of the fitted
-/// surface stay within 0.4 of the nearest point's radius, while flaps that a surface grows
-/// past thin sharp edges or around the rim of a scan's hole sit at 0.5 to 1.1.
+/// surface stay within 0.4 of the nearest point's radius on evenly sampled clouds, while flaps
+/// that a surface grows past thin sharp edges or around the rim of a scan's hole sit at 0.5 to
+/// 1.1, and on randomly sampled clouds gaps between samples reach 1.5 (so the clean-up only
+/// trims such vertices where they reach an open rim).
 constexpr float kSupportedFraction = 0.5f;
 
-/// Flags the vertices (positions in the query's frame) lying away from the points. O(V log n).
-std::vector<std::uint8_t> verticesAwayFromPoints(const ox::oxPointSetQuery& query, const ox::oxVertexBuffer& vertices) {
-    const ox::oxVertexBuffer& points = *query.getVertices();
-    std::vector<std::uint8_t> away(std::size_t(vertices.GetVertexQuantity()), 0);
-    if (points.GetVertexQuantity() == 0) return away;
-    const std::size_t stride = std::size_t(points.GetChannelQuantity());
-    const float* data = points.GetData();
-    const PointSupport support(data + points.GetAttributes().GetPositionOffset(), stride,
-                               data + points.GetAttributes().GetPSizeOffset(), stride,
-                               std::size_t(points.GetVertexQuantity()), kSupportedFraction);
-    for (int v = 0; v < vertices.GetVertexQuantity(); ++v)
-        away[std::size_t(v)] = !support.supports(static_cast<const float*>(vertices.Position3(v)));
-    return away;
+/// Whether a vertex of the reconstructed mesh (input frame) lies farther from its nearest
+/// point than kSupportedFraction of that point's support radius. O(log n) per vertex.
+AwayFromPoints vertexAwayFromPoints(const CloudQuery& cloud, const MeshData& mesh) {
+    return [&cloud, &mesh](std::uint32_t v) {
+        const ox::oxPointSetQuery& query = cloud.query();
+        Vec3 x;  // the query's normalised frame
+        for (int a = 0; a < 3; ++a) x[a] = (mesh.positions[3 * std::size_t(v) + a] - query.getCenter()[a]) / query.getScale();
+        const int j = static_cast<int>(query.getNearestVertex(x, 0xFFFFFFFFu));
+        const ox::oxVertexBuffer& points = *query.getVertices();
+        return (points.Position3(j) - x).Length() > kSupportedFraction * points.PSize1(j);
+    };
 }
 
 }  // namespace
@@ -162,8 +161,6 @@ Reconstruction reconstructSurface(const CloudQuery& cloud, SurfaceKind kind, uns
 
     const auto start = std::chrono::steady_clock::now();
     ox::oxVertexBuffer& vertices = *geometry->GetVertexBuffer();
-    const std::vector<std::uint8_t> unsupported = cleanUp ? verticesAwayFromPoints(cloud.query(), vertices)
-                                                          : std::vector<std::uint8_t>();
     for (int v = 0; v < vertices.GetVertexQuantity(); ++v) {
         vertices.Position3(v) = cloud.toInputFrame(vertices.Position3(v));
         vertices.Normal3(v) = Vec3(0.0f, 0.0f, 0.0f);  // RecomputeNormals adds to what is there
@@ -175,7 +172,8 @@ Reconstruction reconstructSurface(const CloudQuery& cloud, SurfaceKind kind, uns
     if (cleanUp) {
         const auto cleanupStart = std::chrono::steady_clock::now();
         result.cleanupRequested = true;
-        result.cleanup = cleanReconstruction(result.mesh, CleanupLimits(), &unsupported);
+        result.cleanup =
+            cleanReconstruction(result.mesh, CleanupLimits(), vertexAwayFromPoints(cloud, result.mesh));
         result.cleanupSeconds =
             std::chrono::duration<double>(std::chrono::steady_clock::now() - cleanupStart).count();
     }

@@ -91,15 +91,47 @@ Index appendVertex(MeshData& mesh, const Index* sources, std::size_t count) {
     return added;
 }
 
-/// Step 0: drops the triangles that touch a vertex flagged as away from the points.
-void dropUnsupportedTriangles(MeshData& mesh, const std::vector<std::uint8_t>& unsupported, CleanupReport& report) {
+/// Step 0: drops the triangles that touch a vertex flagged as away from the points and are
+/// reached from an open or non-manifold edge through such triangles: the extrapolated flaps
+/// and bands end in the rims where the surface left the points' support, while a gap between
+/// the samples of a well covered region is enclosed by fitted surface and is kept. O(T).
+void dropUnsupportedTriangles(MeshData& mesh, const AwayFromPoints& awayFromPoints, CleanupReport& report) {
     std::vector<Index>& corners = mesh.triangles;
-    std::vector<std::uint8_t> drop(corners.size() / 3, 0);
-    for (std::size_t t = 0; t < drop.size(); ++t) {
-        const Index* v = &corners[3 * t];
-        drop[t] = unsupported[v[0]] | unsupported[v[1]] | unsupported[v[2]];
-        report.unsupportedTriangles += drop[t];
+    const std::size_t triangles = corners.size() / 3;
+    // Asked lazily, once per vertex: only around the rims and the region grown from them.
+    std::vector<std::int8_t> away(mesh.vertexCount(), -1);
+    auto candidate = [&](Index t) {
+        bool any = false;
+        for (Index k = 0; k < 3; ++k) {
+            std::int8_t& a = away[corners[3 * t + k]];
+            if (a < 0) a = awayFromPoints(corners[3 * t + k]) ? 1 : 0;
+            any = any || a;
+        }
+        return any;
+    };
+    std::vector<std::uint8_t> drop(triangles, 0);
+    // Neighbours across two-sided edges; seeds on the others.
+    std::vector<Index> across(corners.size(), kNone), pending;
+    EdgeSides(mesh.vertexCount(), corners).forEachEdge([&](const std::uint64_t* sides, std::size_t count) {
+        if (count == 2) {
+            across[Index(sides[0])] = Index(sides[1]) / 3;
+            across[Index(sides[1])] = Index(sides[0]) / 3;
+            return;
+        }
+        for (std::size_t i = 0; i < count; ++i) {
+            const Index t = Index(sides[i]) / 3;
+            if (!drop[t] && candidate(t)) drop[t] = 1, pending.push_back(t);
+        }
+    });
+    while (!pending.empty()) {
+        const Index t = pending.back();
+        pending.pop_back();
+        for (Index k = 0; k < 3; ++k) {
+            const Index n = across[3 * t + k];
+            if (n != kNone && !drop[n] && candidate(n)) drop[n] = 1, pending.push_back(n);
+        }
     }
+    for (std::uint8_t d : drop) report.unsupportedTriangles += d;
     keepTriangles(corners, drop);
 }
 
@@ -261,8 +293,7 @@ std::string counted(std::size_t count, const char* singular, const char* plural)
 
 }  // namespace
 
-CleanupReport cleanReconstruction(MeshData& mesh, const CleanupLimits& limits,
-                                  const std::vector<std::uint8_t>* unsupportedVertices) {
+CleanupReport cleanReconstruction(MeshData& mesh, const CleanupLimits& limits, const AwayFromPoints& awayFromPoints) {
     CleanupReport report;
     if (mesh.triangleCount() == 0) return report;
     mesh.polygonStarts.clear();  // the clean-up works on triangles
@@ -270,7 +301,7 @@ CleanupReport cleanReconstruction(MeshData& mesh, const CleanupLimits& limits,
     if (before.closed && before.manifold) return report;
 
     report.ran = true;
-    if (unsupportedVertices) dropUnsupportedTriangles(mesh, *unsupportedVertices, report);
+    if (awayFromPoints) dropUnsupportedTriangles(mesh, awayFromPoints, report);
     dropBadTriangles(mesh, report);
     splitPinchedVertices(mesh, report);
     dropStrayPieces(mesh, limits.strayFraction, report);

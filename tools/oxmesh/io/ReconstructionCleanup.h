@@ -7,7 +7,9 @@
 // fitted surface can leave tiny separate pieces of a cell or two. The clean-up makes such a
 // mesh manifold and closes what is clearly an artefact, without moving any vertex:
 //   0. when the caller flags vertices that lie away from the points (the surface there is an
-//      extrapolation, e.g. a flap past a sharp edge), the triangles touching them are dropped;
+//      extrapolation, e.g. a flap past a sharp edge), the triangles touching them are dropped
+//      where they reach an open or non-manifold edge through such triangles (gaps between the
+//      samples inside well covered surface are kept);
 //   1. triangles naming a vertex twice are dropped, and every triangle on an edge that more
 //      than two triangles share;
 //   2. each pinched vertex is split into one vertex per fan of triangles around it;
@@ -21,6 +23,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -37,10 +40,13 @@ struct CleanupLimits {
     std::size_t maxHoleEdges = 32;
 };
 
+/// Whether vertex v of the mesh handed to the clean-up lies away from the points.
+using AwayFromPoints = std::function<bool(std::uint32_t v)>;
+
 /// What the clean-up did to one mesh.
 struct CleanupReport {
     bool ran = false;                     ///< false: the mesh was closed and manifold (or empty)
-    std::size_t unsupportedTriangles = 0; ///< dropped: touching a vertex away from the points
+    std::size_t unsupportedTriangles = 0; ///< dropped: extrapolated, away from the points
     std::size_t degenerateTriangles = 0;  ///< dropped: a vertex named twice
     std::size_t nonManifoldTriangles = 0; ///< dropped: on an edge of more than two triangles
     std::size_t pinchedVertices = 0;      ///< vertices split, one copy per extra fan
@@ -57,10 +63,12 @@ struct CleanupReport {
 /// colours follow their vertices; a vertex copy repeats its original's attributes, a vertex
 /// added in a hole gets the mean of the loop's. Faces are treated as triangles (polygon
 /// grouping, if any, is dropped). Cost O(V + T) expected, a few dozen bytes per triangle of
-/// scratch memory. `unsupportedVertices` (may be null) flags, per vertex, the vertices of
-/// step 0. Precondition: every index below the vertex count. Never fails.
+/// scratch memory. `awayFromPoints` (may be empty: no step 0) tells whether a vertex of the
+/// mesh as given lies away from the points; it is asked at most once per vertex, and only for
+/// vertices near the open rims and the region trimmed from them. Precondition: every index
+/// below the vertex count. Never fails.
 CleanupReport cleanReconstruction(MeshData& mesh, const CleanupLimits& limits = CleanupLimits(),
-                                  const std::vector<std::uint8_t>* unsupportedVertices = nullptr);
+                                  const AwayFromPoints& awayFromPoints = AwayFromPoints());
 
 /// One line for the command summaries, e.g. "clean-up: split 2 pinched vertices, dropped 3
 /// stray pieces (17 triangles), closed 12 small holes (131 triangles)"; "clean-up: nothing to
