@@ -6,6 +6,7 @@
 #include <queue>
 
 #include "oxMeshProcessing.h"
+#include "processing/oxCollapseMessages.h"
 #include "processing/oxEdgeEnumeration.h"
 #include "processing/oxMeshCompaction.h"
 #include "scenegraph/oxIndexBuffer.h"
@@ -18,7 +19,7 @@ namespace {
 
 typedef Wm4::Vector3<float> tVec3;
 const unsigned int NONE = 0xFFFFFFFFu;
-const char* const NOT_MANIFOLD_MESSAGE = "Error while initializing edge collapse: input mesh is not manifold";
+using detail::NOT_MANIFOLD_MESSAGE;
 
 /// One queue entry; entries whose stamp is not the edge's current stamp are stale (lazy
 /// deletion), so re-costing an edge pushes a new entry instead of searching for the old one.

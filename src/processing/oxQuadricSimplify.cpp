@@ -1,12 +1,14 @@
 // Greedy quadric edge-collapse simplification: area-weighted plane quadrics carried through
-// the whole run, a lazily updated priority queue of edges, optimal placement regularised
-// towards the edge midpoint, topological and fold-over guards, and a final compaction.
+// the whole run, an indexed priority queue of edges re-keyed around every collapse, optimal
+// placement regularised towards the edge midpoint, topological and fold-over guards, and a
+// final compaction.
 #include <algorithm>
 #include <cmath>
 #include <iostream>
 #include <limits>
 
 #include "oxMeshProcessing.h"
+#include "processing/oxCollapseMessages.h"
 #include "processing/oxCollapsibleMesh.h"
 #include "processing/oxMeshCompaction.h"
 #include "processing/oxQuadric.h"
@@ -23,12 +25,12 @@ using detail::tCollapsibleMesh;
 using detail::tPoint3d;
 using detail::tQuadric;
 
-const char* const NOT_MANIFOLD_MESSAGE = "Error while initializing edge collapse: input mesh is not manifold";
+using detail::NOT_MANIFOLD_MESSAGE;
 
 /// Pull of a merged vertex towards the edge midpoint, relative to the quadric's total weight:
-/// negligible against any direction the planes constrain, decisive in the directions they
-/// leave free (along a crease, across a flat region), which keeps placements well inside the
-/// fan instead of drifting along flat directions.
+/// negligible against any direction the planes constrain (even weakly, on gently curved
+/// surfaces), decisive only in the directions they leave free (along a crease, across a flat
+/// region), where it keeps the placement at the midpoint and the system regular.
 const double REGULARISATION = 1e-9;
 /// Weight of the planes that hold an open border in place, relative to the squared length of
 /// the border edge (a face quadric weighs the triangle's area).
