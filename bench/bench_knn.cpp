@@ -24,11 +24,16 @@ struct CloudAdaptor {
     std::size_t kdtree_get_point_count() const { return p.size() / 3; }
     float kdtree_get_pt(std::size_t i, std::size_t d) const { return p[3 * i + d]; }
     template <class Box>
-    bool kdtree_get_bbox(Box&) const { return false; }
+    bool kdtree_get_bbox(Box&) const
+    {
+        return false;
+    }
 };
-using KdTree = nanoflann::KDTreeSingleIndexAdaptor<nanoflann::L2_Simple_Adaptor<float, CloudAdaptor>, CloudAdaptor, 3>;
+using KdTree =
+    nanoflann::KDTreeSingleIndexAdaptor<nanoflann::L2_Simple_Adaptor<float, CloudAdaptor>, CloudAdaptor, 3>;
 
-void run(const std::string& meshPath, std::size_t target) {
+void run(const std::string& meshPath, std::size_t target)
+{
     const oxmesh::MeshData mesh = oxmesh::readMesh(meshPath);
     std::vector<float> points;
     oxbench::sampleSurface(mesh, target, points);
@@ -82,24 +87,30 @@ void run(const std::string& meshPath, std::size_t target) {
                   "queries %.4f s file order / %.4f s tree order (checksum %.1g)",
                   tBuild, double(knn.total) / double(n), tKdBuild, tFileOrder, tTreeOrder, checksum);
     oxbench::report("knn graph (ours) vs 16-NN", name, n, tOurs, "nanoflann build+16NN", peer, quality);
-    oxbench::report("16-NN (ours, plain)", name, n, tPlain, "nanoflann build+16NN", peer, "same job on both sides");
+    oxbench::report("16-NN (ours, plain)", name, n, tPlain, "nanoflann build+16NN", peer,
+                    "same job on both sides");
 }
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv)
+{
     std::vector<std::pair<std::string, std::size_t>> jobs;
-    for (int a = 1; a + 1 < argc; a += 2) jobs.emplace_back(argv[a], std::strtoull(argv[a + 1], nullptr, 10));
+    for (int a = 1; a + 1 < argc; a += 2)
+        jobs.emplace_back(argv[a], std::strtoull(argv[a + 1], nullptr, 10));
     if (jobs.empty()) {
         const std::string bunny = oxbench::findData("meshes/stanford-bunny.obj");
         const std::string igea = oxbench::findData("meshes/igea.ply");
-        if (!bunny.empty()) jobs.emplace_back(bunny, 100000);
-        if (!igea.empty()) jobs.emplace_back(igea, 1000000);
+        if (!bunny.empty())
+            jobs.emplace_back(bunny, 100000);
+        if (!igea.empty())
+            jobs.emplace_back(igea, 1000000);
     }
     if (jobs.empty()) {
         std::fprintf(stderr, "bench_knn: no input mesh found; pass MESH TARGET_POINTS pairs\n");
         return 1;
     }
-    for (const auto& [path, target] : jobs) run(path, target);
+    for (const auto& [path, target] : jobs)
+        run(path, target);
     return 0;
 }

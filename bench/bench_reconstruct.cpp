@@ -39,7 +39,7 @@ namespace {
 
 constexpr std::size_t kQualitySamples = 400000;  // per surface and direction
 constexpr double kCreaseDegrees = 30.0;
-constexpr double kCreaseBand = 0.005;            // of the diagonal, around the crease edges
+constexpr double kCreaseBand = 0.005;  // of the diagonal, around the crease edges
 
 struct Input {
     std::string name;
@@ -55,20 +55,25 @@ struct Measured {
     oxmesh::MeshData mesh;
 };
 
-std::string figure(double value) {
+std::string figure(double value)
+{
     char text[32];
     std::snprintf(text, sizeof text, "%.2e", value);
     return text;
 }
 
 /// "rms 1.3e-04 hausdorff 2.1e-03 closed manifold [crease rms ... hausdorff ...]".
-std::string quality(const Input& input, const oxmesh::MeshData& mesh) {
-    if (mesh.triangleCount() == 0) return "empty";
+std::string quality(const Input& input, const oxmesh::MeshData& mesh)
+{
+    if (mesh.triangleCount() == 0)
+        return "empty";
     const double diagonal = oxbench::boundingDiagonal(input.source);
-    const oxbench::SurfaceDeviation all = oxbench::compareSurfaces(mesh, input.source, kQualitySamples, diagonal);
+    const oxbench::SurfaceDeviation all =
+        oxbench::compareSurfaces(mesh, input.source, kQualitySamples, diagonal);
     const oxmesh::MeshStats stats = oxmesh::computeMeshStats(mesh);
     std::string text = "rms " + figure(all.rms) + " hausdorff " + figure(all.hausdorff) + " " +
-                       (stats.closed ? "closed" : "open") + " " + (stats.manifold ? "manifold" : "non-manifold");
+                       (stats.closed ? "closed" : "open") + " " +
+                       (stats.manifold ? "manifold" : "non-manifold");
     if (input.creases) {
         const std::vector<float> creases = oxbench::creaseEdges(input.source, kCreaseDegrees);
         const double band = kCreaseBand * diagonal;
@@ -77,51 +82,61 @@ std::string quality(const Input& input, const oxmesh::MeshData& mesh) {
                 return oxbench::distanceToSegments(p, creases) <= band;
             });
         text += " | near creases (" + std::to_string(creases.size() / 6) + " edges, " +
-                std::to_string(nearCreases.samples) + " samples): rms " + figure(nearCreases.rms) + " hausdorff " +
-                figure(nearCreases.hausdorff);
+                std::to_string(nearCreases.samples) + " samples): rms " + figure(nearCreases.rms) +
+                " hausdorff " + figure(nearCreases.hausdorff);
     }
     return text;
 }
 
-Measured runOurs(const oxmesh::CloudQuery& query, double querySeconds, oxmesh::SurfaceKind kind, unsigned depth,
-                 bool raw) {
+Measured runOurs(const oxmesh::CloudQuery& query, double querySeconds, oxmesh::SurfaceKind kind,
+                 unsigned depth, bool raw)
+{
     Measured m;
     m.method = std::string(oxmesh::surfaceName(kind)) + (raw ? " raw" : "") + " d" + std::to_string(depth);
     oxmesh::Reconstruction r = oxmesh::reconstructSurface(query, kind, depth, nullptr, nullptr, !raw);
     m.seconds = querySeconds + r.stages.total() + r.finishSeconds + r.cleanupSeconds;
     m.stages = "query " + oxmesh::formatSeconds(querySeconds) + ", " + oxmesh::describeStages(r);
     const std::string cleanup = oxmesh::describeCleanup(r.cleanup);
-    if (!cleanup.empty()) m.stages += "; " + cleanup;
+    if (!cleanup.empty())
+        m.stages += "; " + cleanup;
     m.mesh = std::move(r.mesh);
     return m;
 }
 
 #ifdef OX_HAVE_OPEN3D
-Measured runPoisson(const oxmesh::MeshData& cloud, unsigned depth) {
+Measured runPoisson(const oxmesh::MeshData& cloud, unsigned depth)
+{
     open3d::geometry::PointCloud points;
     for (std::size_t i = 0; i < cloud.vertexCount(); ++i) {
-        points.points_.emplace_back(cloud.positions[3 * i], cloud.positions[3 * i + 1], cloud.positions[3 * i + 2]);
-        points.normals_.emplace_back(cloud.normals[3 * i], cloud.normals[3 * i + 1], cloud.normals[3 * i + 2]);
+        points.points_.emplace_back(cloud.positions[3 * i], cloud.positions[3 * i + 1],
+                                    cloud.positions[3 * i + 2]);
+        points.normals_.emplace_back(cloud.normals[3 * i], cloud.normals[3 * i + 1],
+                                     cloud.normals[3 * i + 2]);
     }
     Measured m;
     m.method = "open3d-poisson d" + std::to_string(depth);
     const double start = oxbench::now();
-    auto result = open3d::geometry::TriangleMesh::CreateFromPointCloudPoisson(points, depth, 0.0f, 1.1f, false, 1);
+    auto result =
+        open3d::geometry::TriangleMesh::CreateFromPointCloudPoisson(points, depth, 0.0f, 1.1f, false, 1);
     m.seconds = oxbench::now() - start;
     const open3d::geometry::TriangleMesh& mesh = *std::get<0>(result);
     for (const auto& v : mesh.vertices_)
-        for (int i = 0; i < 3; ++i) m.mesh.positions.push_back(float(v[i]));
+        for (int i = 0; i < 3; ++i)
+            m.mesh.positions.push_back(float(v[i]));
     for (const auto& t : mesh.triangles_)
-        for (int i = 0; i < 3; ++i) m.mesh.triangles.push_back(std::uint32_t(t[i]));
+        for (int i = 0; i < 3; ++i)
+            m.mesh.triangles.push_back(std::uint32_t(t[i]));
     m.stages = "total " + oxmesh::formatSeconds(m.seconds);
     return m;
 }
 #endif
 
-bool load(Input& input, const std::string& cloudPath, const std::string& sourcePath) {
+bool load(Input& input, const std::string& cloudPath, const std::string& sourcePath)
+{
     const std::string cloud = oxbench::findData(cloudPath), source = oxbench::findData(sourcePath);
     if (cloud.empty() || source.empty()) {
-        std::printf("%-28s skipped: %s or %s not found\n", input.name.c_str(), cloudPath.c_str(), sourcePath.c_str());
+        std::printf("%-28s skipped: %s or %s not found\n", input.name.c_str(), cloudPath.c_str(),
+                    sourcePath.c_str());
         return false;
     }
     input.cloud = oxmesh::readMesh(cloud);
@@ -129,7 +144,8 @@ bool load(Input& input, const std::string& cloudPath, const std::string& sourceP
     return true;
 }
 
-void run(const Input& input, unsigned depth, bool raw) {
+void run(const Input& input, unsigned depth, bool raw)
+{
     const double start = oxbench::now();
     const oxmesh::CloudQuery query(input.cloud);
     const double querySeconds = oxbench::now() - start;
@@ -145,31 +161,36 @@ void run(const Input& input, unsigned depth, bool raw) {
     const std::string peerQuality = "-";
 #endif
     for (const Measured& m : ours) {
-        oxbench::report("reconstruct " + m.method, input.name, input.cloud.vertexCount(), m.seconds, peer.method,
-                        peer.seconds, quality(input, m.mesh));
-        std::printf("    %s: %zu triangles; %s\n", m.method.c_str(), m.mesh.triangleCount(), m.stages.c_str());
+        oxbench::report("reconstruct " + m.method, input.name, input.cloud.vertexCount(), m.seconds,
+                        peer.method, peer.seconds, quality(input, m.mesh));
+        std::printf("    %s: %zu triangles; %s\n", m.method.c_str(), m.mesh.triangleCount(),
+                    m.stages.c_str());
     }
-    std::printf("    %s: %zu triangles, %s; %s\n", peer.method.c_str(), peer.mesh.triangleCount(), peer.stages.c_str(),
-                peerQuality.c_str());
+    std::printf("    %s: %zu triangles, %s; %s\n", peer.method.c_str(), peer.mesh.triangleCount(),
+                peer.stages.c_str(), peerQuality.c_str());
     std::fflush(stdout);
 }
 
-int runDepth(unsigned depth, bool quick, bool raw) {
-    std::printf("depth %u (quality: fractions of the source's bounding-box diagonal, %zu samples per side)\n", depth,
-                kQualitySamples);
+int runDepth(unsigned depth, bool quick, bool raw)
+{
+    std::printf("depth %u (quality: fractions of the source's bounding-box diagonal, %zu samples per side)\n",
+                depth, kQualitySamples);
     const struct {
         const char* name;
         const char* cloud;
         const char* source;
         bool creases;
-    } real[] = {{"stanford-bunny-40k", "clouds/stanford-bunny-poisson-40k.ply", "meshes/stanford-bunny.obj", false},
-                {"rocker-arm-50k", "clouds/rocker-arm-poisson-50k.ply", "meshes/rocker-arm.obj", false},
-                {"fandisk-30k", "clouds/fandisk-poisson-30k.ply", "meshes/fandisk.obj", true}};
+    } real[] = {
+        {"stanford-bunny-40k", "clouds/stanford-bunny-poisson-40k.ply", "meshes/stanford-bunny.obj", false},
+        {"rocker-arm-50k", "clouds/rocker-arm-poisson-50k.ply", "meshes/rocker-arm.obj", false},
+        {"fandisk-30k", "clouds/fandisk-poisson-30k.ply", "meshes/fandisk.obj", true}};
     for (const auto& r : real) {
         Input input{r.name, {}, {}, r.creases};
-        if (load(input, r.cloud, r.source)) run(input, depth, raw);
+        if (load(input, r.cloud, r.source))
+            run(input, depth, raw);
     }
-    if (quick) return 0;
+    if (quick)
+        return 0;
 
     // About a million points on igea, each with the normal of its triangle.
     Input igea{"igea-1M (sampled)", {}, {}, false};
@@ -186,19 +207,24 @@ int runDepth(unsigned depth, bool quick, bool raw) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv)
+{
     bool quick = false, raw = false;
     int depth = 0;
     for (int a = 1; a < argc; ++a) {
-        if (!std::strcmp(argv[a], "--quick")) quick = true;
-        else if (!std::strcmp(argv[a], "--raw")) raw = true;
-        else if (!std::strcmp(argv[a], "--depth") && a + 1 < argc) depth = std::atoi(argv[++a]);
+        if (!std::strcmp(argv[a], "--quick"))
+            quick = true;
+        else if (!std::strcmp(argv[a], "--raw"))
+            raw = true;
+        else if (!std::strcmp(argv[a], "--depth") && a + 1 < argc)
+            depth = std::atoi(argv[++a]);
         else {
             std::fprintf(stderr, "usage: bench_reconstruct [--depth N] [--quick] [--raw]\n");
             return 2;
         }
     }
-    if (depth > 0) return runDepth(unsigned(depth), quick, raw);
+    if (depth > 0)
+        return runDepth(unsigned(depth), quick, raw);
 
     // One process per depth.
     int status = 0;
@@ -207,15 +233,18 @@ int main(int argc, char** argv) {
         const pid_t child = ::fork();
         if (child == 0) {
             std::vector<const char*> args{argv[0], "--depth", d};
-            if (quick) args.push_back("--quick");
-            if (raw) args.push_back("--raw");
+            if (quick)
+                args.push_back("--quick");
+            if (raw)
+                args.push_back("--raw");
             args.push_back(nullptr);
             ::execv("/proc/self/exe", const_cast<char* const*>(args.data()));
             ::_exit(127);
         }
         int childStatus = 0;
         ::waitpid(child, &childStatus, 0);
-        if (!WIFEXITED(childStatus) || WEXITSTATUS(childStatus) != 0) status = 1;
+        if (!WIFEXITED(childStatus) || WEXITSTATUS(childStatus) != 0)
+            status = 1;
     }
     return status;
 }

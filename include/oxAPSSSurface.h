@@ -22,7 +22,9 @@ public:
     public:
         /// All five coefficients zero.
         oxAlgebraicSphere() = default;
-        oxAlgebraicSphere(float u0, const Wm4::Vector3<float>& u123, float u4) : m_u0(u0), m_u123(u123), m_u4(u4) {}
+        oxAlgebraicSphere(float u0, const Wm4::Vector3<float>& u123, float u4)
+            : m_u0(u0), m_u123(u123), m_u4(u4)
+        {}
 
         float getU0() const { return m_u0; }
         const Wm4::Vector3<float>& getU123() const { return m_u123; }
@@ -48,7 +50,8 @@ public:
         /// First hit of the ray o + t d with the zero set: the smaller root of the
         /// quadratic, or the larger one when the smaller is negative. False (t untouched)
         /// when there is no real root.
-        bool intersectRay(const Wm4::Vector3<float>& origin, const Wm4::Vector3<float>& direction, float& t) const;
+        bool intersectRay(const Wm4::Vector3<float>& origin, const Wm4::Vector3<float>& direction,
+                          float& t) const;
         /// The closest point of the zero set to x, by a closed form that is stable for
         /// spheres and planes alike. NaN when x is the centre or the sphere is imaginary.
         Wm4::Vector3<float> projectOntoSphere(const Wm4::Vector3<float>& x) const;
@@ -82,7 +85,8 @@ public:
     /// `count` steps; each fits at the current estimate y and moves to the projection of
     /// the INPUT position onto that sphere. Returns the input when count = 0, (0, 0, 0)
     /// when a fit falls back. The hint is ignored. Cost: count fits.
-    Wm4::Vector3<float> projectOntoSurface(const Wm4::Vector3<float>& position, const Wm4::Vector3<float>* hint,
+    Wm4::Vector3<float> projectOntoSurface(const Wm4::Vector3<float>& position,
+                                           const Wm4::Vector3<float>* hint,
                                            unsigned int count) const override;
 
     /// The sphere fitted at x: weighted sums over the points whose support strictly

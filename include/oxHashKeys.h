@@ -18,7 +18,8 @@ struct tMetaNodeCommon {
 
         tVertexKey() = default;
         tVertexKey(std::uint32_t x, std::uint32_t y, std::uint32_t z, std::uint32_t level)
-            : xy((x & 0xFFFFu) | (y << 16)), zl((z & 0xFFFFu) | (level << 16)) {}
+            : xy((x & 0xFFFFu) | (y << 16)), zl((z & 0xFFFFu) | (level << 16))
+        {}
 
         std::uint32_t x() const { return xy & 0xFFFFu; }
         std::uint32_t y() const { return xy >> 16; }
@@ -41,7 +42,8 @@ struct tEdgeKey {
     tEdgeKey(std::uint64_t a, std::uint64_t b) : first(a < b ? a : b), second(a < b ? b : a) {}
     tEdgeKey(const void* a, const void* b)
         : tEdgeKey(static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(a)),
-                   static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(b))) {}
+                   static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(b)))
+    {}
 
     bool operator==(const tEdgeKey& o) const { return first == o.first && second == o.second; }
     bool operator!=(const tEdgeKey& o) const { return !(*this == o); }

@@ -37,8 +37,10 @@ namespace detail {
 /// t(u) = 0xBADFACE1 - u * 0x21524111 (mod 2^32); the first byte of the run is mixed in
 /// with a 13-bit shift, every further byte with the previous state and a 5-bit shift,
 /// and the run ends with a final h ^= h >> 5.
-inline std::uint32_t hashByteRun(std::uint32_t h, const unsigned char* bytes, std::size_t count) {
-    if (count == 0) return h;
+inline std::uint32_t hashByteRun(std::uint32_t h, const unsigned char* bytes, std::size_t count)
+{
+    if (count == 0)
+        return h;
     auto expand = [](unsigned char u) -> std::uint32_t {
         return 0xBADFACE1u - static_cast<std::uint32_t>(u) * 0x21524111u;
     };
@@ -60,23 +62,28 @@ inline std::uint32_t hashByteRun(std::uint32_t h, const unsigned char* bytes, st
 template <class T>
 struct tDefaultHash {
     static_assert(std::is_trivially_copyable<T>::value, "keys are hashed as raw bytes");
-    static unsigned int hash(const T& key) {
+    static unsigned int hash(const T& key)
+    {
         return detail::hashByteRun(0u, reinterpret_cast<const unsigned char*>(&key), sizeof(T));
     }
-    static unsigned int hash(const T& key, std::size_t tableSize) {
+    static unsigned int hash(const T& key, std::size_t tableSize)
+    {
         return static_cast<unsigned int>(static_cast<std::uint64_t>(hash(key)) % tableSize);
     }
 };
 
 template <>
 struct tDefaultHash<tEdgeKey> {
-    static unsigned int hash(const tEdgeKey& key) {
+    static unsigned int hash(const tEdgeKey& key)
+    {
         const auto* bytes = reinterpret_cast<const unsigned char*>(&key);
         std::uint32_t h = 0;
-        for (int group = 0; group < 4; ++group) h = detail::hashByteRun(h, bytes + 4 * group, 4);
+        for (int group = 0; group < 4; ++group)
+            h = detail::hashByteRun(h, bytes + 4 * group, 4);
         return h;
     }
-    static unsigned int hash(const tEdgeKey& key, std::size_t tableSize) {
+    static unsigned int hash(const tEdgeKey& key, std::size_t tableSize)
+    {
         return static_cast<unsigned int>(static_cast<std::uint64_t>(hash(key)) % tableSize);
     }
 };
@@ -96,11 +103,12 @@ public:
     public:
         tIterator() = default;
         tIterator(TablePtr table, std::size_t bucket, NodePtr node)
-            : m_table(table), m_bucket(bucket), m_node(node) {}
+            : m_table(table), m_bucket(bucket), m_node(node)
+        {}
         /// Conversion from the mutable to the const iterator.
         template <class T2, class N2>
-        tIterator(const tIterator<T2, N2>& o)
-            : m_table(o.table()), m_bucket(o.bucket()), m_node(o.node()) {}
+        tIterator(const tIterator<T2, N2>& o) : m_table(o.table()), m_bucket(o.bucket()), m_node(o.node())
+        {}
 
         NodePtr operator->() const { return m_node; }
         auto& operator*() const { return *m_node; }
@@ -109,29 +117,37 @@ public:
 
         /// To the node's successor, or to the head of the next bucket with a non-null
         /// head, never past bucket B - 1: the end position is (B - 1, null).
-        tIterator& operator++() {
+        tIterator& operator++()
+        {
             m_node = m_node->next;
-            if (m_node) return *this;
+            if (m_node)
+                return *this;
             const std::size_t last = m_table->m_buckets.size() - 1;
             while (m_bucket < last) {
                 ++m_bucket;
                 m_node = m_table->m_buckets[m_bucket];
-                if (m_node) break;
+                if (m_node)
+                    break;
             }
             return *this;
         }
-        tIterator operator++(int) {
+        tIterator operator++(int)
+        {
             tIterator old = *this;
             ++*this;
             return old;
         }
 
         template <class T2, class N2>
-        bool operator==(const tIterator<T2, N2>& o) const {
+        bool operator==(const tIterator<T2, N2>& o) const
+        {
             return m_table == o.table() && m_bucket == o.bucket() && m_node == o.node();
         }
         template <class T2, class N2>
-        bool operator!=(const tIterator<T2, N2>& o) const { return !(*this == o); }
+        bool operator!=(const tIterator<T2, N2>& o) const
+        {
+            return !(*this == o);
+        }
 
         TablePtr table() const { return m_table; }
         std::size_t bucket() const { return m_bucket; }
@@ -155,8 +171,10 @@ public:
 
     /// Shares the source's chains. The bucket array grows, when it must, by half its
     /// capacity or to the needed length, whichever is larger. Self-assignment does nothing.
-    oxHashTbl& operator=(const oxHashTbl& o) {
-        if (this == &o) return *this;
+    oxHashTbl& operator=(const oxHashTbl& o)
+    {
+        if (this == &o)
+            return *this;
         if (m_buckets.capacity() < o.m_buckets.size())
             m_buckets.reserve(std::max(m_buckets.capacity() + m_buckets.capacity() / 2, o.m_buckets.size()));
         m_buckets.assign(o.m_buckets.begin(), o.m_buckets.end());
@@ -176,7 +194,8 @@ public:
     /// value overwritten in place; otherwise a new node is appended at the chain's tail
     /// and the count grows by one. Returns the address of the stored value, stable for
     /// the table's lifetime. Precondition: B > 0.
-    Value* set(const Key& key, const Value& value) {
+    Value* set(const Key& key, const Value& value)
+    {
         const std::size_t b = Hash::hash(key, m_buckets.size());
         tData** link = &m_buckets[b];
         while (*link) {
@@ -193,16 +212,20 @@ public:
     }
 
     /// The element with an equal key, or end(). Precondition: B > 0.
-    iterator find(const Key& key) {
+    iterator find(const Key& key)
+    {
         const std::size_t b = Hash::hash(key) % m_buckets.size();
         for (tData* node = m_buckets[b]; node; node = node->next)
-            if (sameKey(node->key, key)) return iterator(this, b, node);
+            if (sameKey(node->key, key))
+                return iterator(this, b, node);
         return end();
     }
-    const_iterator find(const Key& key) const {
+    const_iterator find(const Key& key) const
+    {
         const std::size_t b = Hash::hash(key) % m_buckets.size();
         for (const tData* node = m_buckets[b]; node; node = node->next)
-            if (sameKey(node->key, key)) return const_iterator(this, b, node);
+            if (sameKey(node->key, key))
+                return const_iterator(this, b, node);
         return end();
     }
 
@@ -229,14 +252,17 @@ private:
         tPool() = default;
         tPool(const tPool&) = delete;
         tPool& operator=(const tPool&) = delete;
-        ~tPool() {
+        ~tPool()
+        {
             for (auto& block : m_blocks) {
                 tData* nodes = reinterpret_cast<tData*>(block.get());
                 const std::size_t n = (&block == &m_blocks.back()) ? m_usedInLast : kBlockNodes;
-                for (std::size_t i = 0; i < n; ++i) nodes[i].~tData();
+                for (std::size_t i = 0; i < n; ++i)
+                    nodes[i].~tData();
             }
         }
-        tData* allocate(const Key& key, const Value& value) {
+        tData* allocate(const Key& key, const Value& value)
+        {
             if (m_blocks.empty() || m_usedInLast == kBlockNodes) {
                 m_blocks.emplace_back(new tStorage[kBlockNodes]);
                 m_usedInLast = 0;
@@ -262,11 +288,14 @@ private:
     static bool sameKey(const Key& a, const Key& b) { return std::memcmp(&a, &b, sizeof(Key)) == 0; }
 
     /// First bucket with a non-null head, stopping at B - 1.
-    std::size_t firstBucket() const {
-        if (m_buckets.empty()) return static_cast<std::size_t>(-1);  // B = 0: the end position
+    std::size_t firstBucket() const
+    {
+        if (m_buckets.empty())
+            return static_cast<std::size_t>(-1);  // B = 0: the end position
         const std::size_t last = m_buckets.size() - 1;
         std::size_t b = 0;
-        while (b < last && !m_buckets[b]) ++b;
+        while (b < last && !m_buckets[b])
+            ++b;
         return b;
     }
     tData* headOf(std::size_t b) const { return b < m_buckets.size() ? m_buckets[b] : nullptr; }

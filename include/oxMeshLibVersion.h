@@ -6,15 +6,15 @@ namespace oxMeshLib {
 
 class Version {
 public:
-    static unsigned int GetMajor();       ///< 1
-    static unsigned int GetMinor();       ///< 0
-    static unsigned int GetRelease();     ///< 0
-    static unsigned int GetRevision();    ///< 10699
-    static unsigned short GetYear();      ///< 2021
-    static unsigned char GetMonth();      ///< 5
-    static bool IsDev();                  ///< false
-    static bool IsDebug();                ///< false
-    static bool IsBeta();                 ///< false
+    static unsigned int GetMajor();     ///< 1
+    static unsigned int GetMinor();     ///< 0
+    static unsigned int GetRelease();   ///< 0
+    static unsigned int GetRevision();  ///< 10699
+    static unsigned short GetYear();    ///< 2021
+    static unsigned char GetMonth();    ///< 5
+    static bool IsDev();                ///< false
+    static bool IsDebug();              ///< false
+    static bool IsBeta();               ///< false
 
     /// "1.0". The flag selects one of two stored strings, which hold the same text in
     /// this version. The strings are static: never free them.

@@ -23,11 +23,11 @@ namespace oxMeshProcessing {
 
 /// Why an edge-collapse run ended (reported through tEdgeCollapseReport).
 enum class tCollapseStop {
-    NotManifold,       ///< set-up refused the input (message printed); mesh unchanged
-    TargetAboveCount,  ///< the target was above the triangle count; mesh unchanged
-    TargetReached,     ///< the requested number of collapses was performed
-    ErrorBoundReached, ///< the cheapest queued edge cost reached the squared error bound
-    NoLegalCollapse    ///< no queued edge is legal (queue empty or only infinite costs left)
+    NotManifold,        ///< set-up refused the input (message printed); mesh unchanged
+    TargetAboveCount,   ///< the target was above the triangle count; mesh unchanged
+    TargetReached,      ///< the requested number of collapses was performed
+    ErrorBoundReached,  ///< the cheapest queued edge cost reached the squared error bound
+    NoLegalCollapse     ///< no queued edge is legal (queue empty or only infinite costs left)
 };
 
 /// Outcome of GenericEdgeCollapse, for callers that report it.
@@ -62,7 +62,8 @@ struct tEdgeCollapseReport {
 /// done / needed. Cost O(E log E).
 void GenericEdgeCollapse(oxTriMesh& mesh, oxQuadricErrorMetric& metric, unsigned int targetTriangleCount,
                          float maxError, const std::vector<bool>* lockedVertices = nullptr,
-                         oxProgressNotifierInterface* progress = nullptr, tEdgeCollapseReport* report = nullptr);
+                         oxProgressNotifierInterface* progress = nullptr,
+                         tEdgeCollapseReport* report = nullptr);
 
 /// What QuadricSimplify aims for.
 struct tQuadricSimplifyOptions {
@@ -189,8 +190,8 @@ unsigned int RemoveDuplicateTriangles(oxTriMesh& mesh);
 /// first pass only, HQEdgeCollapse(geometry, null).
 void Filter(oxGeometry& geometry, bool smooth, unsigned int iterations);
 
-} // namespace oxMeshProcessing
-} // namespace ox
+}  // namespace oxMeshProcessing
+}  // namespace ox
 
 namespace ox {
 namespace oxMeshProcessing {
@@ -207,5 +208,5 @@ namespace oxMeshProcessing {
 /// most `maxPasses`). Returns the number of flips. O(passes * T).
 unsigned int FlipEdgesForValence(oxTriMesh& mesh, float maxBendDegrees = 20.0f, unsigned int maxPasses = 10);
 
-} // namespace oxMeshProcessing
-} // namespace ox
+}  // namespace oxMeshProcessing
+}  // namespace ox

@@ -144,4 +144,4 @@ private:
     tGenericProperty<tCurvature> m_curvature;
 };
 
-} // namespace ox
+}  // namespace ox

@@ -21,23 +21,25 @@ class oxMiniBVHNode {
 public:
     oxMiniBVHNode() = default;
 
-    void setLeaf(std::uint32_t first, std::uint32_t count) {
+    void setLeaf(std::uint32_t first, std::uint32_t count)
+    {
         m_word = ((static_cast<std::uint64_t>(first) << 31) | count) * 2 + 1;
     }
-    void setNode(const oxMiniBVHNode* leftChild) {
+    void setNode(const oxMiniBVHNode* leftChild)
+    {
         m_word = static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(leftChild));
     }
 
     bool isLeaf() const { return (m_word & 1u) != 0; }
     std::uint32_t getFirstPrimIdx() const { return static_cast<std::uint32_t>(m_word >> 32); }
-    std::uint32_t getNoPrimitives() const {
-        return (static_cast<std::uint32_t>(m_word) >> 1) & 0x7FFFFFFFu;
-    }
-    const oxMiniBVHNode* leftChildNode() const {
+    std::uint32_t getNoPrimitives() const { return (static_cast<std::uint32_t>(m_word) >> 1) & 0x7FFFFFFFu; }
+    const oxMiniBVHNode* leftChildNode() const
+    {
         return reinterpret_cast<const oxMiniBVHNode*>(static_cast<std::uintptr_t>(m_word));
     }
     const oxMiniBVHNode* rightChildNode() const { return leftChildNode() + 1; }
-    oxMiniBVHNode* leftChildNode() {
+    oxMiniBVHNode* leftChildNode()
+    {
         return reinterpret_cast<oxMiniBVHNode*>(static_cast<std::uintptr_t>(m_word));
     }
     oxMiniBVHNode* rightChildNode() { return leftChildNode() + 1; }
@@ -86,13 +88,13 @@ public:
     const float* getPoints() const;
     unsigned int getNoPoints() const;
     unsigned int getStride() const;
-    const float* getBBoxMin() const;       ///< box of the points (x mark bits cleared)
+    const float* getBBoxMin() const;  ///< box of the points (x mark bits cleared)
     const float* getBBoxMax() const;
-    const float* getOrigin() const;        ///< lower corner of the Morton cube
-    const float* getCenter() const;        ///< centre of the Morton cube
-    float getCubeSize() const;             ///< side E of the Morton cube (largest extent)
-    float getScale() const;                ///< 2^bits / E (infinite for E = 0)
-    std::uint32_t getMask32() const;       ///< 2^bits - 1
+    const float* getOrigin() const;   ///< lower corner of the Morton cube
+    const float* getCenter() const;   ///< centre of the Morton cube
+    float getCubeSize() const;        ///< side E of the Morton cube (largest extent)
+    float getScale() const;           ///< 2^bits / E (infinite for E = 0)
+    std::uint32_t getMask32() const;  ///< 2^bits - 1
     std::uint64_t getMask64() const;
 
     /// 64-bit Morton code of a position with this hierarchy's origin, scale and mask.

@@ -80,7 +80,8 @@ void ComputeKNearest(const float* points, unsigned int count, unsigned int strid
 /// with fewer than 2 neighbours, or whose neighbourhood has no plane (all neighbours
 /// equal), gets the zero vector. Progress 0..1 when a notifier is given.
 void EstimateNormals(const float* points, unsigned int count, unsigned int stride, float* normals,
-                     unsigned int normalStride, unsigned int k = 16, oxProgressNotifierInterface* notifier = nullptr);
+                     unsigned int normalStride, unsigned int k = 16,
+                     oxProgressNotifierInterface* notifier = nullptr);
 
 /// Consistent orientation of unoriented normals. Over the symmetric k-nearest-neighbour
 /// graph, each connected component is seeded at its point of largest x, whose normal is

@@ -23,7 +23,8 @@ public:
     explicit oxPointSetQuery(oxVertexBuffer* vertices);
     /// Holds the buffer and the caller's hierarchy and graph, taken as ready: no
     /// computation happens until computePointRadii is called.
-    oxPointSetQuery(oxVertexBuffer* vertices, oxPointSetProcessing::oxMiniBVH* bvh, oxPointSetProcessing::KNN* knn);
+    oxPointSetQuery(oxVertexBuffer* vertices, oxPointSetProcessing::oxMiniBVH* bvh,
+                    oxPointSetProcessing::KNN* knn);
 
     /// Copies share the buffer (one more reference), the hierarchy and the graph.
     oxPointSetQuery(const oxPointSetQuery& other);
@@ -66,7 +67,7 @@ private:
     void computeAccelerationStructure();
     float estimateLocalDensity(unsigned int, float) const { return 0.0f; }
 
-    struct tOwnedStructures;  // hierarchy and graph created by the query itself
+    struct tOwnedStructures;          // hierarchy and graph created by the query itself
     friend class oxSurfaceGathering;  // reads m_gathering
 
     oxPointer<oxVertexBuffer> m_vertices;
@@ -75,7 +76,7 @@ private:
     float m_center[3] = {0.0f, 0.0f, 0.0f};
     float m_scale = 1.0f;
     float m_densityToRadiusRatio = 4.0f;
-    unsigned int m_minNeighbours = 8;   // kept for hosts; no operation reads them
+    unsigned int m_minNeighbours = 8;  // kept for hosts; no operation reads them
     unsigned int m_maxNeighbours = 32;
     int m_pending = 1;
     std::shared_ptr<tOwnedStructures> m_owned;

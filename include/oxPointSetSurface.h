@@ -54,7 +54,8 @@ public:
 
     /// Compactly supported weight of a distance divided by its support radius:
     /// w(x) = (1 - min(x^2, 1))^4, so w(0) = 1 and w = 0 for |x| >= 1. O(1).
-    static float WeightFunction(float x) {
+    static float WeightFunction(float x)
+    {
         const float s = x * x < 1.0f ? x * x : 1.0f;
         const float t = 1.0f - s;
         return (t * t) * (t * t);

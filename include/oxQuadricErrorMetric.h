@@ -88,9 +88,9 @@ public:
     /// forests over vertices and edges (identity at the start of a run); `neighbours` holds the
     /// neighbour map of every representative vertex. A bounding box of zero extent is treated
     /// as half-extent 1. Cost O(V + T + E * evaluation).
-    void init(const oxTriMesh& mesh, const std::vector<tEdge>& edges, const std::vector<unsigned int>& vertexParents,
-              const std::vector<unsigned int>& edgeParents, const std::vector<tNeighbourMap>& neighbours,
-              std::vector<float>& costs);
+    void init(const oxTriMesh& mesh, const std::vector<tEdge>& edges,
+              const std::vector<unsigned int>& vertexParents, const std::vector<unsigned int>& edgeParents,
+              const std::vector<tNeighbourMap>& neighbours, std::vector<float>& costs);
 
     /// Cost of collapsing edge `edge` (its endpoints resolved through `vertexParents`) and, in
     /// `position`, the merged vertex's position in mesh coordinates: the minimiser of the summed
@@ -100,14 +100,17 @@ public:
     /// distinct triangle slots (0xFFFFFFFF counted) surround the edge; a NaN cost also comes
     /// back as +infinity. O(valency).
     float estimateEdgeCost(unsigned int edge, const oxTriMesh& mesh, const std::vector<tEdge>& edges,
-                           const std::vector<unsigned int>& vertexParents, const std::vector<unsigned int>& edgeParents,
+                           const std::vector<unsigned int>& vertexParents,
+                           const std::vector<unsigned int>& edgeParents,
                            const std::vector<tNeighbourMap>& neighbours, Wm4::Vector3<float>& position) const;
 
     /// As estimateEdgeCost, but for the merged vertex placed at the given `position` (mesh
     /// coordinates) instead of the optimal one: used when one endpoint must not move.
     float estimateEdgeCostAt(unsigned int edge, const oxTriMesh& mesh, const std::vector<tEdge>& edges,
-                             const std::vector<unsigned int>& vertexParents, const std::vector<unsigned int>& edgeParents,
-                             const std::vector<tNeighbourMap>& neighbours, const Wm4::Vector3<float>& position) const;
+                             const std::vector<unsigned int>& vertexParents,
+                             const std::vector<unsigned int>& edgeParents,
+                             const std::vector<tNeighbourMap>& neighbours,
+                             const Wm4::Vector3<float>& position) const;
 
     /// Merges the quadrics of the two stored endpoints of `edge`: both receive their sum.
     /// The edge-collapse driver passes the edge with its endpoints resolved.
@@ -126,18 +129,20 @@ public:
 
 private:
     /// Optimal normalised position and its summed-quadric cost for representatives a, b.
-    float optimalPlacement(const oxTriMesh& mesh, unsigned int a, unsigned int b, Wm4::Vector3<float>& normalised) const;
+    float optimalPlacement(const oxTriMesh& mesh, unsigned int a, unsigned int b,
+                           Wm4::Vector3<float>& normalised) const;
     /// Summed cost quadric of a and b evaluated at the normalised point.
     float quadricCost(unsigned int a, unsigned int b, const Wm4::Vector3<float>& normalised) const;
     /// False when more than 10 triangle slots surround the edge a-b, or when moving a and b to
     /// `position` (mesh coordinates) flips one of those triangles.
-    bool neighbourhoodAllows(const oxTriMesh& mesh, unsigned int a, unsigned int b, const Wm4::Vector3<float>& position,
-                             const std::vector<tEdge>& edges, const std::vector<unsigned int>& vertexParents,
+    bool neighbourhoodAllows(const oxTriMesh& mesh, unsigned int a, unsigned int b,
+                             const Wm4::Vector3<float>& position, const std::vector<tEdge>& edges,
+                             const std::vector<unsigned int>& vertexParents,
                              const std::vector<unsigned int>& edgeParents,
                              const std::vector<tNeighbourMap>& neighbours) const;
     /// Both endpoints of `edge` resolved through the vertex parents.
-    static void resolveEndpoints(const tEdge& edge, const std::vector<unsigned int>& vertexParents, unsigned int& a,
-                                 unsigned int& b);
+    static void resolveEndpoints(const tEdge& edge, const std::vector<unsigned int>& vertexParents,
+                                 unsigned int& a, unsigned int& b);
 
     float m_squaredMaxError;
     std::vector<Wm4::Matrix4<float>> m_costQuadrics;
@@ -147,5 +152,5 @@ private:
     float m_lambda;
 };
 
-} // namespace oxMeshProcessing
-} // namespace ox
+}  // namespace oxMeshProcessing
+}  // namespace ox

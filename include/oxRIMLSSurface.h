@@ -58,7 +58,8 @@ public:
     /// hint. A plane with zero gradient throws y far away on purpose (every coordinate
     /// decreased by the largest finite float) so that callers can detect it. Returns the
     /// input when count = 0. Cost: count fits.
-    Wm4::Vector3<float> projectOntoSurface(const Wm4::Vector3<float>& position, const Wm4::Vector3<float>* hint,
+    Wm4::Vector3<float> projectOntoSurface(const Wm4::Vector3<float>& position,
+                                           const Wm4::Vector3<float>* hint,
                                            unsigned int count) const override;
 
     /// The plane fitted at x. With a hint the first pass already weighs normals against

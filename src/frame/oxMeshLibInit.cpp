@@ -19,14 +19,21 @@ void unregisterFactories() {}
 
 }  // namespace
 
-void initializeOxMeshLibrary() {
-    if (g_initCounter.incrementInitCounter()) registerFactories();
+void initializeOxMeshLibrary()
+{
+    if (g_initCounter.incrementInitCounter())
+        registerFactories();
 }
 
-void terminateOxMeshLibrary() {
-    if (g_initCounter.decrementInitCounter()) unregisterFactories();
+void terminateOxMeshLibrary()
+{
+    if (g_initCounter.decrementInitCounter())
+        unregisterFactories();
 }
 
-bool isOxMeshLibraryInitialized() { return g_initCounter.getCount() > 0; }
+bool isOxMeshLibraryInitialized()
+{
+    return g_initCounter.getCount() > 0;
+}
 
 }  // namespace ox

@@ -18,5 +18,5 @@ float unitRandom()
     return static_cast<float>(std::rand()) / static_cast<float>(RAND_MAX);
 }
 
-} // namespace detail
-} // namespace ox
+}  // namespace detail
+}  // namespace ox

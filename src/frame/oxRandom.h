@@ -11,5 +11,5 @@ namespace detail {
 /// Not thread-safe (the seeding flag and rand() itself are unguarded). O(1).
 float unitRandom();
 
-} // namespace detail
-} // namespace ox
+}  // namespace detail
+}  // namespace ox

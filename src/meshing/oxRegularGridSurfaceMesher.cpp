@@ -39,43 +39,52 @@ constexpr std::int32_t kFaceStep[6] = {-1, 1, -1024, 1024, -1048576, 1048576};
 class tGrid {
 public:
     tGrid(const oxPointSetSurface& surface, unsigned int n, const Vec3& centre, float extent)
-        : m_surface(surface), m_n(n), m_centre(centre), m_extent(extent) {}
+        : m_surface(surface), m_n(n), m_centre(centre), m_extent(extent)
+    {}
 
     unsigned int size() const { return m_n; }
 
     // Key of corner `corner` (offset (c & 1, (c >> 1) & 1, (c >> 2) & 1)) of cell `key`;
     // a +1 that would leave the grid stays on the last plane.
-    unsigned int cornerKey(unsigned int key, unsigned int corner) const {
+    unsigned int cornerKey(unsigned int key, unsigned int corner) const
+    {
         unsigned int result = 0;
         for (unsigned int axis = 0; axis < 3; ++axis) {
             unsigned int c = (key >> (kAxisBits * axis)) & kAxisMask;
-            if ((corner >> axis) & 1u) c = std::min(c + 1, m_n - 1);
+            if ((corner >> axis) & 1u)
+                c = std::min(c + 1, m_n - 1);
             result |= c << (kAxisBits * axis);
         }
         return result;
     }
 
     // World position of a grid point given in (possibly fractional) grid coordinates.
-    Vec3 toWorld(float i, float j, float k) const {
+    Vec3 toWorld(float i, float j, float k) const
+    {
         const float n = static_cast<float>(m_n);
         return Vec3((i / n - 0.5f) * m_extent + m_centre.X(), (j / n - 0.5f) * m_extent + m_centre.Y(),
                     (k / n - 0.5f) * m_extent + m_centre.Z());
     }
-    Vec3 cornerPosition(unsigned int key) const {
+    Vec3 cornerPosition(unsigned int key) const
+    {
         return toWorld(static_cast<float>(key & kAxisMask), static_cast<float>((key >> 10) & kAxisMask),
                        static_cast<float>((key >> 20) & kAxisMask));
     }
-    Vec3 cellCentre(unsigned int key) const {
-        return toWorld(static_cast<float>(key & kAxisMask) + 0.5f, static_cast<float>((key >> 10) & kAxisMask) + 0.5f,
+    Vec3 cellCentre(unsigned int key) const
+    {
+        return toWorld(static_cast<float>(key & kAxisMask) + 0.5f,
+                       static_cast<float>((key >> 10) & kAxisMask) + 0.5f,
                        static_cast<float>((key >> 20) & kAxisMask) + 0.5f);
     }
 
     float potential(const Vec3& x) const { return m_surface.computePotential(x); }
 
     // The potential at a grid corner, evaluated on first use.
-    float cornerPotential(unsigned int key) {
+    float cornerPotential(unsigned int key)
+    {
         const auto found = m_corners.find(key);
-        if (found != m_corners.end()) return found->second;
+        if (found != m_corners.end())
+            return found->second;
         const float value = potential(cornerPosition(key));
         m_corners.emplace(key, value);
         return value;
@@ -83,10 +92,12 @@ public:
     void rememberCorner(unsigned int key, float value) { m_corners.emplace(key, value); }
 
     // Configuration byte of a cell: bit c set when corner c has a positive potential.
-    unsigned int cellConfiguration(unsigned int key) {
+    unsigned int cellConfiguration(unsigned int key)
+    {
         unsigned int config = 0;
         for (unsigned int c = 0; c < 8; ++c)
-            if (cornerPotential(cornerKey(key, c)) > 0.0f) config |= 1u << c;
+            if (cornerPotential(cornerKey(key, c)) > 0.0f)
+                config |= 1u << c;
         return config;
     }
 
@@ -103,17 +114,21 @@ private:
 // Grid coordinate of a normalised coordinate f = (p - centre) * scale + N/2: truncated
 // toward zero; a negative result (as unsigned, huge) and anything at or beyond N (or NaN)
 // end on the last cell.
-unsigned int gridCoordinate(float f, unsigned int n) {
-    if (f > -1.0f && f < static_cast<float>(n)) return std::min(static_cast<unsigned int>(static_cast<int>(f)), n - 1);
+unsigned int gridCoordinate(float f, unsigned int n)
+{
+    if (f > -1.0f && f < static_cast<float>(n))
+        return std::min(static_cast<unsigned int>(static_cast<int>(f)), n - 1);
     return n - 1;
 }
 
 }  // namespace
 
 oxRegularGridSurfaceMesher::oxRegularGridSurfaceMesher(const oxPointSetSurface* surface)
-    : oxSurfacePolygonizer(surface) {}
+    : oxSurfacePolygonizer(surface)
+{}
 
-oxGeometry* oxRegularGridSurfaceMesher::computeMesh() {
+oxGeometry* oxRegularGridSurfaceMesher::computeMesh()
+{
     // 1. Grid size.
     const unsigned int depth = std::min(std::max(m_depth, 1u), 10u);
     const unsigned int n = 1u << depth;
@@ -168,7 +183,8 @@ oxGeometry* oxRegularGridSurfaceMesher::computeMesh() {
         setProgressValue(static_cast<float>(e) * 0.125f / static_cast<float>(noSeeds));
         const unsigned int corner = static_cast<std::uint32_t>(entries[e]);
         std::size_t end = e + 1;
-        while (end < entries.size() && static_cast<std::uint32_t>(entries[end]) == corner) ++end;
+        while (end < entries.size() && static_cast<std::uint32_t>(entries[end]) == corner)
+            ++end;
         const float value = grid.potential(grid.cornerPosition(corner));
         grid.rememberCorner(corner, value);
         if (value > 0.0f) {
@@ -189,22 +205,29 @@ oxGeometry* oxRegularGridSurfaceMesher::computeMesh() {
     // 5. The cell map (key -> configuration); ascending order is restored when walking it.
     std::unordered_map<unsigned int, unsigned char> cells;
     cells.reserve(4 * noSeeds + 64);
-    for (std::size_t s = 0; s < noSeeds; ++s) cells.emplace(seeds[s], seedConfig[s]);
+    for (std::size_t s = 0; s < noSeeds; ++s)
+        cells.emplace(seeds[s], seedConfig[s]);
 
     // 6. Per-face existence tests, built from the grid size of the first call in the
     // process and kept for every later call (see the header).
-    static const unsigned int faceCoordinateMask[6] = {mask, mask, mask << 10, mask << 10, mask << 20, mask << 20};
+    static const unsigned int faceCoordinateMask[6] = {mask,       mask,       mask << 10,
+                                                       mask << 10, mask << 20, mask << 20};
     static const unsigned int faceBoundary[6] = {0, mask, 0, mask << 10, 0, mask << 20};
 
     // 7. Growth from one cell: new neighbours across crossed faces join the map and the queue.
     std::deque<std::pair<unsigned int, unsigned char>> queue;
     auto grow = [&](unsigned int key, unsigned int config) {
         for (unsigned int f = 0; f < 6; ++f) {
-            if (!(kFaceCorners[f] & config) || !(kFaceCorners[f] & ~config)) continue;
-            if ((key & faceCoordinateMask[f]) == faceBoundary[f]) continue;
-            const unsigned int neighbour = static_cast<unsigned int>(static_cast<std::int64_t>(key) + kFaceStep[f]);
-            if (cells.count(neighbour)) continue;
-            const unsigned char neighbourConfig = static_cast<unsigned char>(grid.cellConfiguration(neighbour));
+            if (!(kFaceCorners[f] & config) || !(kFaceCorners[f] & ~config))
+                continue;
+            if ((key & faceCoordinateMask[f]) == faceBoundary[f])
+                continue;
+            const unsigned int neighbour =
+                static_cast<unsigned int>(static_cast<std::int64_t>(key) + kFaceStep[f]);
+            if (cells.count(neighbour))
+                continue;
+            const unsigned char neighbourConfig =
+                static_cast<unsigned char>(grid.cellConfiguration(neighbour));
             cells.emplace(neighbour, neighbourConfig);
             queue.emplace_back(neighbour, neighbourConfig);
         }
@@ -223,7 +246,8 @@ oxGeometry* oxRegularGridSurfaceMesher::computeMesh() {
             setProgressValue(static_cast<float>(t) / static_cast<float>(taken));
             const std::pair<unsigned int, unsigned char> cell = queue.front();
             queue.pop_front();
-            if (std::isinf(grid.potential(grid.cellCentre(cell.first)))) continue;
+            if (std::isinf(grid.potential(grid.cellCentre(cell.first))))
+                continue;
             grow(cell.first, cell.second);
         }
     }
@@ -235,7 +259,8 @@ oxGeometry* oxRegularGridSurfaceMesher::computeMesh() {
     for (const auto& cell : ordered) {
         unsigned int count;
         const unsigned int* edges;
-        oxSurfacePolygonizer::GetCubePolygonConfiguration(~static_cast<unsigned int>(cell.second), count, edges);
+        oxSurfacePolygonizer::GetCubePolygonConfiguration(~static_cast<unsigned int>(cell.second), count,
+                                                          edges);
         noTriangles += count;
     }
     oxIndexBuffer* indices = new oxIndexBuffer(static_cast<int>(3 * noTriangles));
@@ -248,16 +273,18 @@ oxGeometry* oxRegularGridSurfaceMesher::computeMesh() {
     for (const auto& cell : ordered) {
         unsigned int count;
         const unsigned int* edges;
-        const unsigned int* row =
-            oxSurfacePolygonizer::GetCubePolygonConfiguration(~static_cast<unsigned int>(cell.second), count, edges);
+        const unsigned int* row = oxSurfacePolygonizer::GetCubePolygonConfiguration(
+            ~static_cast<unsigned int>(cell.second), count, edges);
         unsigned int corners[8];
-        for (unsigned int c = 0; c < 8; ++c) corners[c] = grid.cornerKey(cell.first, c);
+        for (unsigned int c = 0; c < 8; ++c)
+            corners[c] = grid.cornerKey(cell.first, c);
         for (unsigned int e = 0; e < 3 * count; ++e) {
             const unsigned int edge = row[e];
             const std::uint64_t key =
                 (static_cast<std::uint64_t>(corners[edges[2 * edge + 1]]) << 32) | corners[edges[2 * edge]];
             const auto inserted = vertexOf.emplace(key, static_cast<unsigned int>(vertexKeys.size()));
-            if (inserted.second) vertexKeys.push_back(key);
+            if (inserted.second)
+                vertexKeys.push_back(key);
             (*indices)[slot++] = inserted.first->second;
         }
     }
@@ -274,7 +301,8 @@ oxGeometry* oxRegularGridSurfaceMesher::computeMesh() {
     // potentials were all evaluated while classifying the cells and are reused here.
     std::vector<std::pair<std::uint64_t, unsigned int>> byKey;
     byKey.reserve(vertexKeys.size());
-    for (unsigned int v = 0; v < vertexKeys.size(); ++v) byKey.emplace_back(vertexKeys[v], v);
+    for (unsigned int v = 0; v < vertexKeys.size(); ++v)
+        byKey.emplace_back(vertexKeys[v], v);
     std::sort(byKey.begin(), byKey.end());
     for (std::size_t i = 0; i < byKey.size(); ++i) {
         setProgressValue(static_cast<float>(i) / static_cast<float>(byKey.size()));

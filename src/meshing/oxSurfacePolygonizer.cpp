@@ -270,15 +270,18 @@ constexpr int kCubeTriangles[256][16] = {
 
 // The 12 cube edges as (first, second) corners in this library's numbering (corner i at
 // (i & 1, (i >> 1) & 1, (i >> 2) & 1)): the published edges 0..11 with their corners renamed.
-constexpr unsigned int kCubeEdges[24] = {0, 1, 1, 3, 2, 3, 0, 2, 4, 5, 5, 7, 6, 7, 4, 6, 0, 4, 1, 5, 3, 7, 2, 6};
+constexpr unsigned int kCubeEdges[24] = {0, 1, 1, 3, 2, 3, 0, 2, 4, 5, 5, 7,
+                                         6, 7, 4, 6, 0, 4, 1, 5, 3, 7, 2, 6};
 
 // Number of leading triples of each row before its first -1.
 struct tCubeCounts {
     unsigned char count[256];
-    constexpr tCubeCounts() : count{} {
+    constexpr tCubeCounts() : count{}
+    {
         for (int row = 0; row < 256; ++row) {
             int n = 0;
-            while (n < 5 && kCubeTriangles[row][3 * n] != -1) ++n;
+            while (n < 5 && kCubeTriangles[row][3 * n] != -1)
+                ++n;
             count[row] = static_cast<unsigned char>(n);
         }
     }
@@ -287,22 +290,22 @@ struct tCubeCounts {
 // Square faces: boundary vertices 0, 2, 4, 6 are the corners, 1, 3, 5, 7 the side
 // midpoints, 8 the centre. Configuration 2 starts with (0,1,3) as it always has.
 const unsigned int kSquareTriangles[216] = {
-    0, 2, 4, 0, 4, 6,                                            // 0
-    0, 1, 6, 1, 2, 4, 1, 4, 6,                                   // 1
-    0, 1, 3, 3, 4, 6, 0, 3, 6,                                   // 2
-    0, 1, 6, 1, 2, 3, 3, 4, 6, 1, 3, 6,                          // 3
-    0, 5, 6, 0, 2, 5, 2, 4, 5,                                   // 4
-    0, 5, 6, 0, 1, 5, 1, 4, 5, 1, 2, 4,                          // 5
-    0, 2, 3, 0, 3, 5, 3, 4, 5, 0, 5, 6,                          // 6
-    0, 5, 6, 0, 1, 5, 1, 2, 3, 1, 3, 5, 3, 4, 5,                 // 7
-    0, 2, 7, 2, 4, 7, 4, 6, 7,                                   // 8
-    0, 1, 7, 1, 2, 4, 1, 4, 7, 4, 6, 7,                          // 9
-    0, 2, 7, 2, 3, 7, 3, 6, 7, 3, 4, 6,                          // 10
-    0, 1, 7, 1, 2, 3, 1, 3, 7, 3, 6, 7, 3, 4, 6,                 // 11
-    0, 2, 7, 2, 5, 7, 2, 4, 5, 5, 6, 7,                          // 12
-    0, 1, 7, 1, 2, 4, 1, 4, 5, 1, 5, 7, 5, 6, 7,                 // 13
-    0, 2, 7, 2, 3, 7, 3, 4, 5, 3, 5, 7, 5, 6, 7,                 // 14
-    0, 1, 7, 1, 2, 3, 3, 4, 5, 5, 6, 7, 1, 5, 7, 1, 3, 5,        // 15
+    0, 2, 4, 0, 4, 6,                                                        // 0
+    0, 1, 6, 1, 2, 4, 1, 4, 6,                                               // 1
+    0, 1, 3, 3, 4, 6, 0, 3, 6,                                               // 2
+    0, 1, 6, 1, 2, 3, 3, 4, 6, 1, 3, 6,                                      // 3
+    0, 5, 6, 0, 2, 5, 2, 4, 5,                                               // 4
+    0, 5, 6, 0, 1, 5, 1, 4, 5, 1, 2, 4,                                      // 5
+    0, 2, 3, 0, 3, 5, 3, 4, 5, 0, 5, 6,                                      // 6
+    0, 5, 6, 0, 1, 5, 1, 2, 3, 1, 3, 5, 3, 4, 5,                             // 7
+    0, 2, 7, 2, 4, 7, 4, 6, 7,                                               // 8
+    0, 1, 7, 1, 2, 4, 1, 4, 7, 4, 6, 7,                                      // 9
+    0, 2, 7, 2, 3, 7, 3, 6, 7, 3, 4, 6,                                      // 10
+    0, 1, 7, 1, 2, 3, 1, 3, 7, 3, 6, 7, 3, 4, 6,                             // 11
+    0, 2, 7, 2, 5, 7, 2, 4, 5, 5, 6, 7,                                      // 12
+    0, 1, 7, 1, 2, 4, 1, 4, 5, 1, 5, 7, 5, 6, 7,                             // 13
+    0, 2, 7, 2, 3, 7, 3, 4, 5, 3, 5, 7, 5, 6, 7,                             // 14
+    0, 1, 7, 1, 2, 3, 3, 4, 5, 5, 6, 7, 1, 5, 7, 1, 3, 5,                    // 15
     0, 1, 8, 0, 8, 7, 1, 2, 3, 1, 3, 8, 8, 3, 4, 8, 4, 5, 7, 8, 5, 7, 5, 6,  // 16
 };
 // (offset in entries, triangle count) per square configuration.
@@ -312,20 +315,20 @@ const unsigned int kSquareIndex[17][2] = {{0, 2},   {6, 3},   {15, 3},  {24, 4},
 
 // Tetrahedra: cut vertices are the edges 0 = 0-1, 1 = 1-2, 2 = 0-2, 3 = 0-3, 4 = 1-3, 5 = 2-3.
 const unsigned int kTetrahedronTriangles[60] = {
-    0, 3, 2,                // 1
-    0, 1, 4,                // 2
-    2, 4, 3, 2, 1, 4,       // 3
-    1, 2, 5,                // 4
-    1, 0, 3, 1, 3, 5,       // 5
-    0, 2, 4, 4, 2, 5,       // 6
-    3, 5, 4,                // 7
-    3, 4, 5,                // 8
-    0, 4, 2, 4, 5, 2,       // 9
-    1, 3, 0, 1, 5, 3,       // 10
-    1, 5, 2,                // 11
-    2, 3, 4, 2, 4, 1,       // 12
-    0, 4, 1,                // 13
-    0, 2, 3,                // 14
+    0, 3, 2,           // 1
+    0, 1, 4,           // 2
+    2, 4, 3, 2, 1, 4,  // 3
+    1, 2, 5,           // 4
+    1, 0, 3, 1, 3, 5,  // 5
+    0, 2, 4, 4, 2, 5,  // 6
+    3, 5, 4,           // 7
+    3, 4, 5,           // 8
+    0, 4, 2, 4, 5, 2,  // 9
+    1, 3, 0, 1, 5, 3,  // 10
+    1, 5, 2,           // 11
+    2, 3, 4, 2, 4, 1,  // 12
+    0, 4, 1,           // 13
+    0, 2, 3,           // 14
 };
 const unsigned int kTetrahedronIndex[16][2] = {{0, 0},  {0, 1},  {3, 1},  {6, 2},  {12, 1}, {15, 2},
                                                {21, 2}, {27, 1}, {30, 1}, {33, 2}, {39, 2}, {45, 1},
@@ -333,8 +336,10 @@ const unsigned int kTetrahedronIndex[16][2] = {{0, 0},  {0, 1},  {3, 1},  {6, 2}
 
 }  // namespace
 
-const unsigned int* oxSurfacePolygonizer::GetCubePolygonConfiguration(unsigned int config, unsigned int& count,
-                                                                       const unsigned int*& edges) {
+const unsigned int* oxSurfacePolygonizer::GetCubePolygonConfiguration(unsigned int config,
+                                                                      unsigned int& count,
+                                                                      const unsigned int*& edges)
+{
     static constexpr tCubeCounts counts;
     // The published rows are indexed by the mask of corners below the iso level, in its
     // cyclic corner order: complement the non-positive mask and swap corners 2/3 and 6/7.
@@ -346,13 +351,16 @@ const unsigned int* oxSurfacePolygonizer::GetCubePolygonConfiguration(unsigned i
     return reinterpret_cast<const unsigned int*>(kCubeTriangles[row]);
 }
 
-const unsigned int* oxSurfacePolygonizer::GetSquarePolygonConfiguration(unsigned int config, unsigned int& count) {
+const unsigned int* oxSurfacePolygonizer::GetSquarePolygonConfiguration(unsigned int config,
+                                                                        unsigned int& count)
+{
     count = kSquareIndex[config][1];
     return kSquareTriangles + kSquareIndex[config][0];
 }
 
 const unsigned int* oxSurfacePolygonizer::GetTetrahedronPolygonConfiguration(unsigned int config,
-                                                                             unsigned int& count) {
+                                                                             unsigned int& count)
+{
     count = kTetrahedronIndex[config][1];
     return kTetrahedronTriangles + kTetrahedronIndex[config][0];
 }

@@ -7,7 +7,8 @@
 namespace ox {
 namespace oxPointSetProcessing {
 
-void CenterAndScale(float* points, unsigned int count, unsigned int stride, float* centre, float* scale) {
+void CenterAndScale(float* points, unsigned int count, unsigned int stride, float* centre, float* scale)
+{
     float lo[3] = {std::numeric_limits<float>::max(), std::numeric_limits<float>::max(),
                    std::numeric_limits<float>::max()};
     float hi[3] = {-lo[0], -lo[1], -lo[2]};
@@ -32,9 +33,11 @@ void CenterAndScale(float* points, unsigned int count, unsigned int stride, floa
     }
     for (unsigned int i = 0; i < count; ++i) {
         float* p = points + std::size_t(i) * stride;
-        for (int a = 0; a < 3; ++a) p[a] = static_cast<float>((double(p[a]) - c[a]) / half);
+        for (int a = 0; a < 3; ++a)
+            p[a] = static_cast<float>((double(p[a]) - c[a]) / half);
     }
-    for (int a = 0; a < 3; ++a) centre[a] = static_cast<float>(c[a]);
+    for (int a = 0; a < 3; ++a)
+        centre[a] = static_cast<float>(c[a]);
     *scale = static_cast<float>(half);
 }
 

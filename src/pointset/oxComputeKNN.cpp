@@ -26,7 +26,8 @@
 namespace ox {
 namespace oxPointSetProcessing {
 
-KNN::~KNN() {
+KNN::~KNN()
+{
     std::free(neighbours);
     std::free(pairs);
 }
@@ -36,7 +37,8 @@ namespace {
 constexpr std::uint32_t kNoIndex = 0xFFFFFFFFu;
 constexpr unsigned int kLevels = 23;  // cell levels 0 .. 21 + 1 of 64-bit codes
 
-float sentinelDistance() {
+float sentinelDistance()
+{
     const std::uint32_t bits = 0xFF7FFFEEu;  // -3.40282e38: below every real distance
     float f;
     std::memcpy(&f, &bits, 4);
@@ -45,16 +47,21 @@ float sentinelDistance() {
 
 /// Heap size: the largest power of two not above min(count, k), clamped to [2, 256] and
 /// halved when it exceeds the number of points.
-unsigned int heapSize(unsigned int count, unsigned int k) {
+unsigned int heapSize(unsigned int count, unsigned int k)
+{
     const unsigned int m = std::min(count, k);
     unsigned int s = 0;
     if (m > 0) {
         s = 1;
-        while (s <= m / 2) s *= 2;
+        while (s <= m / 2)
+            s *= 2;
     }
-    if (s < 2) s = 2;
-    if (s > 256) s = 256;
-    if (s > count) s /= 2;
+    if (s < 2)
+        s = 2;
+    if (s > 256)
+        s = 256;
+    if (s > count)
+        s /= 2;
     return s;
 }
 
@@ -63,15 +70,11 @@ unsigned int heapSize(unsigned int count, unsigned int k) {
 template <class Code>
 class tNeighbourSearch {
 public:
-    tNeighbourSearch(float* points, unsigned int count, unsigned int stride, const oxMiniBVH& bvh, unsigned int S)
-        : m_points(points),
-          m_count(count),
-          m_stride(stride),
-          m_bvh(bvh),
-          m_S(S),
-          m_dist(std::max(S, 2u)),
-          m_idx(std::max(S, 2u)),
-          m_list(std::max(S, 2u)) {
+    tNeighbourSearch(float* points, unsigned int count, unsigned int stride, const oxMiniBVH& bvh,
+                     unsigned int S)
+        : m_points(points), m_count(count), m_stride(stride), m_bvh(bvh), m_S(S), m_dist(std::max(S, 2u)),
+          m_idx(std::max(S, 2u)), m_list(std::max(S, 2u))
+    {
         for (int a = 0; a < 3; ++a) {
             m_boundsMin[a] = bvh.getBBoxMin()[a];
             m_boundsMax[a] = bvh.getBBoxMax()[a];
@@ -97,7 +100,8 @@ public:
     }
 
     /// Searches point i and leaves its thinned neighbour list in thinned()/noThinned().
-    void query(unsigned int i) {
+    void query(unsigned int i)
+    {
         const float* pi = point(i);
         m_p[0] = pi[0], m_p[1] = pi[1], m_p[2] = pi[2];
         m_q = code(m_p);
@@ -111,12 +115,14 @@ public:
 private:
     float* point(std::uint32_t j) const { return m_points + std::size_t(j) * m_stride; }
 
-    bool marked(std::uint32_t j) const {
+    bool marked(std::uint32_t j) const
+    {
         std::uint32_t w;
         std::memcpy(&w, point(j), 4);
         return (w & 1u) != 0;
     }
-    void setMark(std::uint32_t j, bool on) const {
+    void setMark(std::uint32_t j, bool on) const
+    {
         float* x = point(j);
         std::uint32_t w;
         std::memcpy(&w, x, 4);
@@ -126,14 +132,17 @@ private:
 
     /// Morton code of a position with the hierarchy's quantisation (inlined here: the
     /// query box corners are coded at every step).
-    Code code(const float* p) const {
+    Code code(const float* p) const
+    {
         const std::uint64_t q[3] = {morton::quantize(p[0], m_origin[0], m_scale, m_mask),
                                     morton::quantize(p[1], m_origin[1], m_scale, m_mask),
                                     morton::quantize(p[2], m_origin[2], m_scale, m_mask)};
         if constexpr (sizeof(Code) == 8) {
-            return morton::spreadBits64(q[0]) | (morton::spreadBits64(q[1]) << 1) | (morton::spreadBits64(q[2]) << 2);
+            return morton::spreadBits64(q[0]) | (morton::spreadBits64(q[1]) << 1) |
+                   (morton::spreadBits64(q[2]) << 2);
         } else {
-            return morton::spreadBits32(std::uint32_t(q[0])) | (morton::spreadBits32(std::uint32_t(q[1])) << 1) |
+            return morton::spreadBits32(std::uint32_t(q[0])) |
+                   (morton::spreadBits32(std::uint32_t(q[1])) << 1) |
                    (morton::spreadBits32(std::uint32_t(q[2])) << 2);
         }
     }
@@ -141,19 +150,24 @@ private:
 
     /// Candidate insertion: a farther point than the heap's worst, or one already in the
     /// heap, changes nothing; otherwise it replaces the worst and sinks to its place.
-    void insert(std::uint32_t j) {
+    void insert(std::uint32_t j)
+    {
         const float* x = point(j);
         const float dx = x[0] - m_p[0], dy = x[1] - m_p[1], dz = x[2] - m_p[2];
         const float d = dx * dx + dy * dy + dz * dz;
-        if (d > m_dist[1] || marked(j)) return;
+        if (d > m_dist[1] || marked(j))
+            return;
         setMark(j, true);
-        if (m_idx[1] != kNoIndex) setMark(m_idx[1], false);
+        if (m_idx[1] != kNoIndex)
+            setMark(m_idx[1], false);
         unsigned int pos = 1;
         const unsigned int half = m_S / 2;
         while (pos < half) {
             unsigned int child = 2 * pos;
-            if (m_dist[child + 1] > m_dist[child]) ++child;
-            if (d > m_dist[child]) break;
+            if (m_dist[child + 1] > m_dist[child])
+                ++child;
+            if (d > m_dist[child])
+                break;
             m_dist[pos] = m_dist[child];
             m_idx[pos] = m_idx[child];
             pos = child;
@@ -164,8 +178,10 @@ private:
 
     /// Radius of the current worst candidate, the query box clamped to the points' bounds,
     /// and the codes of its corners.
-    void updateQueryBox() {
-        if (m_dist[1] == m_boxRadius2) return;  // same radius, same box and codes
+    void updateQueryBox()
+    {
+        if (m_dist[1] == m_boxRadius2)
+            return;  // same radius, same box and codes
         m_boxRadius2 = m_dist[1];
         const float r = std::sqrt(m_dist[1]);
         float lo[3], hi[3];
@@ -178,7 +194,8 @@ private:
     }
 
     /// Squared distance from the query to the smallest Morton cell holding points a and b.
-    float cellLowerBound(std::int64_t a, std::int64_t b) const {
+    float cellLowerBound(std::int64_t a, std::int64_t b) const
+    {
         const Code diff = codeOf(a) ^ codeOf(b);
         const unsigned int level = diff ? morton::highestBit64(diff) / 3 + 1 : 0;
         const float size = m_cellSize[level];
@@ -196,27 +213,33 @@ private:
         return bound;
     }
 
-    void searchRange(std::int64_t a, std::int64_t b) {
+    void searchRange(std::int64_t a, std::int64_t b)
+    {
         while (b - a + 1 >= 4) {
-            if (cellLowerBound(a, b) > m_dist[1]) return;
+            if (cellLowerBound(a, b) > m_dist[1])
+                return;
             const std::int64_t m = (a + b) / 2;
             insert(static_cast<std::uint32_t>(m));
             updateQueryBox();
             const Code c = codeOf(m);
             if (m_q < c) {
                 searchRange(a, m - 1);
-                if (c >= m_hi) return;
+                if (c >= m_hi)
+                    return;
                 a = m + 1;
             } else {
                 searchRange(m + 1, b);
-                if (c <= m_lo) return;
+                if (c <= m_lo)
+                    return;
                 b = m - 1;
             }
         }
-        for (std::int64_t j = a; j <= b; ++j) insert(static_cast<std::uint32_t>(j));
+        for (std::int64_t j = a; j <= b; ++j)
+            insert(static_cast<std::uint32_t>(j));
     }
 
-    void search(unsigned int i) {
+    void search(unsigned int i)
+    {
         std::fill(m_dist.begin(), m_dist.end(), std::numeric_limits<float>::infinity());
         std::fill(m_idx.begin(), m_idx.end(), kNoIndex);
         m_boxRadius2 = -1.0f;
@@ -231,30 +254,36 @@ private:
         } else {
             first = qi - S, last = qi + S;
         }
-        for (std::int64_t j = first; j <= last; ++j) insert(static_cast<std::uint32_t>(j));
+        for (std::int64_t j = first; j <= last; ++j)
+            insert(static_cast<std::uint32_t>(j));
         updateQueryBox();
         const Code firstCode = codeOf(first), lastCode = codeOf(last);
         std::int64_t upper = first, lower = last;
         if (m_hi >= lastCode) {
             std::int64_t step = 2, j = qi + step;
-            while (j < n && codeOf(j) < m_hi) step *= 2, j = qi + step;
+            while (j < n && codeOf(j) < m_hi)
+                step *= 2, j = qi + step;
             upper = std::min(j, n - 1);
         }
         if (m_lo <= firstCode) {
             std::int64_t step = 2, j = qi - step;
-            while (j > 0 && codeOf(j) > m_lo) step *= 2, j = qi - step;
+            while (j > 0 && codeOf(j) > m_lo)
+                step *= 2, j = qi - step;
             lower = std::max<std::int64_t>(j, 0);
         }
-        if (upper <= lower) return;
+        if (upper <= lower)
+            return;
         searchRange(lower, upper);
     }
 
     /// Clears the marks, pops the heap into increasing distance, drops the nearest and
     /// thins the rest in double precision.
-    void collect() {
+    void collect()
+    {
         const unsigned int slots = static_cast<unsigned int>(m_idx.size());
         for (unsigned int s = 1; s < slots; ++s)
-            if (m_idx[s] != kNoIndex) setMark(m_idx[s], false);
+            if (m_idx[s] != kNoIndex)
+                setMark(m_idx[s], false);
         const float sentinel = sentinelDistance();
         const unsigned int half = m_S / 2;
         for (unsigned int out = m_S - 1; out >= 1; --out) {
@@ -262,7 +291,8 @@ private:
             unsigned int pos = 1;
             while (pos < half) {
                 unsigned int child = 2 * pos;
-                if (m_dist[child + 1] > m_dist[child]) ++child;
+                if (m_dist[child + 1] > m_dist[child])
+                    ++child;
                 m_dist[pos] = m_dist[child];
                 m_idx[pos] = m_idx[child];
                 pos = child;
@@ -282,7 +312,8 @@ private:
                 const float* fq = point(kept[qi]);
                 const double dot =
                     (fq[0] - a[0]) * pa[0] + (fq[1] - a[1]) * pa[1] + (double(fq[2]) - a[2]) * pa[2];
-                if (dot > 0.0) kept[w++] = kept[qi];
+                if (dot > 0.0)
+                    kept[w++] = kept[qi];
             }
             n = w;
         }
@@ -293,7 +324,7 @@ private:
     unsigned int m_count, m_stride;
     const oxMiniBVH& m_bvh;
     unsigned int m_S;
-    std::vector<float> m_dist;          // max-heap on squared distance, root at 1
+    std::vector<float> m_dist;  // max-heap on squared distance, root at 1
     std::vector<std::uint32_t> m_idx;
     std::vector<std::uint32_t> m_list;  // popped order, positions 1 .. S-1
     unsigned int m_noThinned = 0;
@@ -306,27 +337,31 @@ private:
     std::vector<Code> m_codes;           // code of every point
     std::vector<std::uint32_t> m_cells;  // quantised x, y, z of every point
     float m_cellSize[kLevels];
-    float m_boxRadius2 = -1.0f;          // heap root distance the query box codes were made for
+    float m_boxRadius2 = -1.0f;  // heap root distance the query box codes were made for
 };
 
 template <class T>
-T* mallocArray(std::size_t n) {
+T* mallocArray(std::size_t n)
+{
     void* p = std::malloc(std::max<std::size_t>(n, 1) * sizeof(T));
-    if (!p) throw std::bad_alloc();
+    if (!p)
+        throw std::bad_alloc();
     return static_cast<T*>(p);
 }
 
 }  // namespace
 
 void ComputeKNN(float* points, unsigned int count, unsigned int stride, const oxMiniBVH& bvh, unsigned int k,
-                KNN& result, oxProgressNotifierInterface* notifier) {
+                KNN& result, oxProgressNotifierInterface* notifier)
+{
     const unsigned int S = heapSize(count, k);
 
     // Low-resolution hierarchies (mask of 10 or less, i.e. 3 bits per axis or fewer) run
     // the 32-bit-code search and keep nothing: the result's arrays stay as they were.
     if (bvh.getMask32() <= 10) {
         tNeighbourSearch<std::uint32_t> search(points, count, stride, bvh, S);
-        for (unsigned int i = 0; i < count; ++i) search.query(i);
+        for (unsigned int i = 0; i < count; ++i)
+            search.query(i);
         return;
     }
 
@@ -336,10 +371,12 @@ void ComputeKNN(float* points, unsigned int count, unsigned int stride, const ox
     std::vector<std::uint32_t> lengths(count);
     std::size_t total = 0;
     for (unsigned int i = 0; i < count; ++i) {
-        if (notifier) notifier->notifyProgress(0.5f * float(i) / float(count));
+        if (notifier)
+            notifier->notifyProgress(0.5f * float(i) / float(count));
         search.query(i);
         lengths[i] = search.noThinned();
-        std::copy(search.thinned(), search.thinned() + lengths[i], scratch.begin() + std::size_t(i) * perPoint);
+        std::copy(search.thinned(), search.thinned() + lengths[i],
+                  scratch.begin() + std::size_t(i) * perPoint);
         total += lengths[i];
     }
 
@@ -352,11 +389,12 @@ void ComputeKNN(float* points, unsigned int count, unsigned int stride, const ox
     result.pairs = mallocArray<unsigned int>(2 * std::size_t(count));
     std::size_t position = 0;
     for (unsigned int i = 0; i < count; ++i) {
-        if (notifier) notifier->notifyProgress(0.5f * float(i) / float(count) + 0.5f);
+        if (notifier)
+            notifier->notifyProgress(0.5f * float(i) / float(count) + 0.5f);
         result.pairs[2 * i] = lengths[i];
         result.pairs[2 * i + 1] = static_cast<unsigned int>(position);
-        std::copy(scratch.begin() + std::size_t(i) * perPoint, scratch.begin() + std::size_t(i) * perPoint + lengths[i],
-                  result.neighbours + position);
+        std::copy(scratch.begin() + std::size_t(i) * perPoint,
+                  scratch.begin() + std::size_t(i) * perPoint + lengths[i], result.neighbours + position);
         position += lengths[i];
     }
 }

@@ -8,7 +8,8 @@ namespace ox {
 namespace oxPointSetProcessing {
 
 void ComputePointsRadii(unsigned int count, const float* points, unsigned int stride, float* radii,
-                        unsigned int radiusStride, const KNN& knn, float factor) {
+                        unsigned int radiusStride, const KNN& knn, float factor)
+{
     // sqrt(pi) * (n / s)^(1/3) is the radius of a disc whose density matches the inverse
     // cubed half-distances of the neighbours.
     static const float kSqrtPi = std::sqrt(3.14159265358979323846f);
@@ -26,7 +27,8 @@ void ComputePointsRadii(unsigned int count, const float* points, unsigned int st
         }
         collected[i] = kSqrtPi * powf(float(n) / s, 0.33333334f) * factor;
     }
-    for (unsigned int i = 0; i < count; ++i) radii[std::size_t(i) * radiusStride] = collected[i];
+    for (unsigned int i = 0; i < count; ++i)
+        radii[std::size_t(i) * radiusStride] = collected[i];
 }
 
 }  // namespace oxPointSetProcessing

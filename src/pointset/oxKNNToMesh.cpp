@@ -6,7 +6,8 @@
 namespace ox {
 namespace oxPointSetProcessing {
 
-oxPointer<oxTriMesh> KNNToMesh(const KNN& knn, const oxVertexBuffer* vertices) {
+oxPointer<oxTriMesh> KNNToMesh(const KNN& knn, const oxVertexBuffer* vertices)
+{
     const int count = vertices->GetVertexQuantity();
     // Every point twice, the copy nudged off the original so each link (j, i, copy of i)
     // has some area to draw.

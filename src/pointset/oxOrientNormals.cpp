@@ -19,22 +19,26 @@ constexpr unsigned int kNoIndex = 0xFFFFFFFFu;
 
 // Undirected adjacency in compressed rows: j is a neighbour of i when either lists the other.
 void symmetricGraph(const std::vector<unsigned int>& knn, unsigned int count, unsigned int k,
-                    std::vector<unsigned int>& start, std::vector<unsigned int>& adjacent) {
+                    std::vector<unsigned int>& start, std::vector<unsigned int>& adjacent)
+{
     std::vector<unsigned int> degree(count, 0);
     for (unsigned int i = 0; i < count; ++i)
         for (unsigned int r = 0; r < k; ++r) {
             const unsigned int j = knn[std::size_t(i) * k + r];
-            if (j == kNoIndex) break;
+            if (j == kNoIndex)
+                break;
             ++degree[i], ++degree[j];
         }
     start.assign(count + 1, 0);
-    for (unsigned int i = 0; i < count; ++i) start[i + 1] = start[i] + degree[i];
+    for (unsigned int i = 0; i < count; ++i)
+        start[i + 1] = start[i] + degree[i];
     adjacent.assign(start[count], 0);
     std::vector<unsigned int> fill(start.begin(), start.end() - 1);
     for (unsigned int i = 0; i < count; ++i)
         for (unsigned int r = 0; r < k; ++r) {
             const unsigned int j = knn[std::size_t(i) * k + r];
-            if (j == kNoIndex) break;
+            if (j == kNoIndex)
+                break;
             adjacent[fill[i]++] = j;
             adjacent[fill[j]++] = i;
         }
@@ -43,7 +47,8 @@ void symmetricGraph(const std::vector<unsigned int>& knn, unsigned int count, un
 }  // namespace
 
 unsigned int OrientNormals(const float* points, unsigned int count, unsigned int stride, float* normals,
-                           unsigned int normalStride, unsigned int k, oxProgressNotifierInterface* notifier) {
+                           unsigned int normalStride, unsigned int k, oxProgressNotifierInterface* notifier)
+{
     std::vector<unsigned int> knn;
     ComputeKNearest(points, count, stride, k, knn, nullptr);
     std::vector<unsigned int> start, adjacent;
@@ -60,7 +65,8 @@ unsigned int OrientNormals(const float* points, unsigned int count, unsigned int
     std::vector<unsigned int> component(count, kNoIndex);
     std::vector<std::vector<unsigned int>> members;
     for (unsigned int s = 0; s < count; ++s) {
-        if (component[s] != kNoIndex) continue;
+        if (component[s] != kNoIndex)
+            continue;
         const unsigned int label = static_cast<unsigned int>(members.size());
         members.emplace_back();
         std::vector<unsigned int> frontier{s};
@@ -70,7 +76,8 @@ unsigned int OrientNormals(const float* points, unsigned int count, unsigned int
             frontier.pop_back();
             members[label].push_back(i);
             for (unsigned int e = start[i]; e < start[i + 1]; ++e)
-                if (component[adjacent[e]] == kNoIndex) component[adjacent[e]] = label, frontier.push_back(adjacent[e]);
+                if (component[adjacent[e]] == kNoIndex)
+                    component[adjacent[e]] = label, frontier.push_back(adjacent[e]);
         }
     }
 
@@ -83,16 +90,21 @@ unsigned int OrientNormals(const float* points, unsigned int count, unsigned int
         // Seed: the point of largest x with a usable normal, turned away from the centroid.
         double centroid[3] = {0, 0, 0};
         for (unsigned int i : part)
-            for (int a = 0; a < 3; ++a) centroid[a] += P(i)[a];
-        for (double& c : centroid) c /= double(part.size());
+            for (int a = 0; a < 3; ++a)
+                centroid[a] += P(i)[a];
+        for (double& c : centroid)
+            c /= double(part.size());
         unsigned int seed = kNoIndex;
         for (unsigned int i : part)
-            if (!isZero(i) && (seed == kNoIndex || P(i)[0] > P(seed)[0])) seed = i;
-        if (seed == kNoIndex) continue;
+            if (!isZero(i) && (seed == kNoIndex || P(i)[0] > P(seed)[0]))
+                seed = i;
+        if (seed == kNoIndex)
+            continue;
         float* ns = N(seed);
         const double outward = ns[0] * (P(seed)[0] - centroid[0]) + ns[1] * (P(seed)[1] - centroid[1]) +
                                ns[2] * (P(seed)[2] - centroid[2]);
-        if (outward < 0) ns[0] = -ns[0], ns[1] = -ns[1], ns[2] = -ns[2];
+        if (outward < 0)
+            ns[0] = -ns[0], ns[1] = -ns[1], ns[2] = -ns[2];
         // Prim's algorithm from the seed; each node is oriented when the tree reaches it.
         std::priority_queue<tEdge, std::vector<tEdge>, std::greater<tEdge>> queue;
         queue.emplace(0.0f, seed, seed);
@@ -100,9 +112,11 @@ unsigned int OrientNormals(const float* points, unsigned int count, unsigned int
             const auto [weight, to, from] = queue.top();
             queue.pop();
             (void)weight;
-            if (done[to]) continue;
+            if (done[to])
+                continue;
             done[to] = 1;
-            if (notifier && ++oriented % (count / 100 + 1) == 0) notifier->notifyProgress(float(oriented) / float(count));
+            if (notifier && ++oriented % (count / 100 + 1) == 0)
+                notifier->notifyProgress(float(oriented) / float(count));
             const unsigned int ref = reference[from] == kNoIndex ? from : reference[from];
             if (isZero(to)) {
                 reference[to] = ref;
@@ -115,13 +129,15 @@ unsigned int OrientNormals(const float* points, unsigned int count, unsigned int
             }
             for (unsigned int e = start[to]; e < start[to + 1]; ++e) {
                 const unsigned int j = adjacent[e];
-                if (done[j]) continue;
+                if (done[j])
+                    continue;
                 const float w = (isZero(to) || isZero(j)) ? 1.0f : 1.0f - std::fabs(dot(to, j));
                 queue.emplace(w, j, to);
             }
         }
     }
-    if (notifier) notifier->notifyProgress(1.0f);
+    if (notifier)
+        notifier->notifyProgress(1.0f);
     return static_cast<unsigned int>(members.size());
 }
 

@@ -7,7 +7,8 @@ namespace ox {
 
 using Vec3 = Wm4::Vector3<float>;
 
-void oxSurfaceGathering::makeRecord(const Vec3& p, const Vec3& n, float* record) {
+void oxSurfaceGathering::makeRecord(const Vec3& p, const Vec3& n, float* record)
+{
     record[kPX] = p.X();
     record[kPY] = p.Y();
     record[kPZ] = p.Z();
@@ -18,7 +19,8 @@ void oxSurfaceGathering::makeRecord(const Vec3& p, const Vec3& n, float* record)
     record[kPN] = p.Dot(n);
 }
 
-oxSurfaceGathering::oxSurfaceGathering(const oxPointSetQuery& query) {
+oxSurfaceGathering::oxSurfaceGathering(const oxPointSetQuery& query)
+{
     const oxPointSetProcessing::oxMiniBVH& bvh = *query.getBVH();
     const float inf = std::numeric_limits<float>::infinity();
     const unsigned int nodes = bvh.getNoNodes();
@@ -55,11 +57,13 @@ oxSurfaceGathering::oxSurfaceGathering(const oxPointSetQuery& query) {
     }
 }
 
-float oxSurfaceGathering::nearestNormalSide(const oxPointSetQuery& query, const Vec3& x) {
+float oxSurfaceGathering::nearestNormalSide(const oxPointSetQuery& query, const Vec3& x)
+{
     const unsigned int j = query.getNearestVertex(x, 0xFFFFFFFFu);
     const oxVertexBuffer& vb = *query.getVertices();
     const float inf = std::numeric_limits<float>::infinity();
-    if (vb.GetVertexQuantity() == 0) return inf;
+    if (vb.GetVertexQuantity() == 0)
+        return inf;
     const int i = static_cast<int>(j);
     return (vb.Position3(i) - x).Dot(vb.Normal3(i)) > 0.0f ? -inf : inf;
 }

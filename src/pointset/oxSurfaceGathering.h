@@ -42,7 +42,8 @@ public:
     /// operations as four scalar lines, one instruction each where the target has them.
     typedef float tFloat4 __attribute__((vector_size(16)));
     /// Four consecutive floats, no alignment needed.
-    static tFloat4 load4(const float* v) {
+    static tFloat4 load4(const float* v)
+    {
         tFloat4 r;
         std::memcpy(&r, v, sizeof r);
         return r;
@@ -50,8 +51,8 @@ public:
 
     /// One supporting point as a fit sees it.
     struct tSupport {
-        float weight;          ///< WeightFunction(|p - x| / r), r the point size
-        const float* record;   ///< kRecordSize floats, see the layout above
+        float weight;         ///< WeightFunction(|p - x| / r), r the point size
+        const float* record;  ///< kRecordSize floats, see the layout above
     };
 
     /// Copies the points (positions, normals, point sizes) and the node boxes of a ready
@@ -66,7 +67,8 @@ public:
     /// buffer has normals. Cost: proportional to the nodes whose box contains x and the
     /// points of their leaves; no allocation.
     template <class Visit>
-    static void forEachSupportingPoint(const oxPointSetQuery& query, const Wm4::Vector3<float>& x, Visit&& visit);
+    static void forEachSupportingPoint(const oxPointSetQuery& query, const Wm4::Vector3<float>& x,
+                                       Visit&& visit);
 
     /// True when the query carries the compact copy: the records handed to a visitor then
     /// stay valid as long as the query's copy (until computePointRadii runs again). O(1).
@@ -117,21 +119,33 @@ private:
 /// The hierarchy view of the compact copy: four-wide box tests, four points per step.
 class oxSurfaceGathering::tCompactTree {
 public:
-    tCompactTree(const oxSurfaceGathering& g, const Wm4::Vector3<float>& x) : m_g(g), m_x(x) {
+    tCompactTree(const oxSurfaceGathering& g, const Wm4::Vector3<float>& x) : m_g(g), m_x(x)
+    {
 #if defined(__SSE2__)
         m_x4 = _mm_setr_ps(x.X(), x.Y(), x.Z(), 0.0f);
 #endif
     }
 
-    unsigned int nodeCount() const { return static_cast<unsigned int>(m_g.m_links.size()); }
-    bool isLeaf(unsigned int node) const { return m_g.m_links[node].count != kInner; }
-    unsigned int leftChild(unsigned int node) const { return m_g.m_links[node].first; }
+    unsigned int nodeCount() const
+    {
+        return static_cast<unsigned int>(m_g.m_links.size());
+    }
+    bool isLeaf(unsigned int node) const
+    {
+        return m_g.m_links[node].count != kInner;
+    }
+    unsigned int leftChild(unsigned int node) const
+    {
+        return m_g.m_links[node].first;
+    }
 
     /// Strict containment of x in the node's box.
-    bool contains(unsigned int node) const {
+    bool contains(unsigned int node) const
+    {
         const tBox& b = m_g.m_boxes[node];
 #if defined(__SSE2__)
-        const __m128 inside = _mm_and_ps(_mm_cmplt_ps(_mm_load_ps(b.lo), m_x4), _mm_cmplt_ps(m_x4, _mm_load_ps(b.hi)));
+        const __m128 inside =
+            _mm_and_ps(_mm_cmplt_ps(_mm_load_ps(b.lo), m_x4), _mm_cmplt_ps(m_x4, _mm_load_ps(b.hi)));
         return _mm_movemask_ps(inside) == 0xF;
 #else
         return b.lo[0] < m_x.X() && m_x.X() < b.hi[0] && b.lo[1] < m_x.Y() && m_x.Y() < b.hi[1] &&
@@ -141,7 +155,8 @@ public:
 
     /// Visits the supporting points of a leaf in index order.
     template <class Visit>
-    void scanLeaf(unsigned int node, Visit& visit) const {
+    void scanLeaf(unsigned int node, Visit& visit) const
+    {
         const unsigned int first = m_g.m_links[node].first;
         const unsigned int end = first + m_g.m_links[node].count;
         const float* const px = m_g.m_x.data();
@@ -158,10 +173,14 @@ public:
             const __m128 dy = _mm_sub_ps(_mm_loadu_ps(py + j), y);
             const __m128 dz = _mm_sub_ps(_mm_loadu_ps(pz + j), z);
             // (dx dx + dy dy) + dz dz, the order of the scalar expression.
-            const __m128 d2 = _mm_add_ps(_mm_add_ps(_mm_mul_ps(dx, dx), _mm_mul_ps(dy, dy)), _mm_mul_ps(dz, dz));
-            unsigned int mask = static_cast<unsigned int>(_mm_movemask_ps(_mm_cmplt_ps(d2, _mm_loadu_ps(pr2 + j))));
-            if (end - j < 4) mask &= (1u << (end - j)) - 1u;
-            if (mask == 0) continue;
+            const __m128 d2 =
+                _mm_add_ps(_mm_add_ps(_mm_mul_ps(dx, dx), _mm_mul_ps(dy, dy)), _mm_mul_ps(dz, dz));
+            unsigned int mask =
+                static_cast<unsigned int>(_mm_movemask_ps(_mm_cmplt_ps(d2, _mm_loadu_ps(pr2 + j))));
+            if (end - j < 4)
+                mask &= (1u << (end - j)) - 1u;
+            if (mask == 0)
+                continue;
             // WeightFunction(sqrt(d2) / r) on four lanes: the same correctly rounded
             // operations as the scalar function, min(q, 1) included (NaN gives 1).
             const __m128 q = _mm_div_ps(_mm_sqrt_ps(d2), _mm_loadu_ps(pr + j));
@@ -180,7 +199,8 @@ public:
         for (unsigned int j = first; j < end; ++j) {
             const float dx = px[j] - m_x.X(), dy = py[j] - m_x.Y(), dz = pz[j] - m_x.Z();
             const float d2 = dx * dx + dy * dy + dz * dz;
-            if (!(pr2[j] > d2)) continue;
+            if (!(pr2[j] > d2))
+                continue;
             const tSupport s{oxPointSetSurface::WeightFunction(std::sqrt(d2) / pr[j]), records[j].v};
             visit(s);
         }
@@ -199,23 +219,27 @@ private:
 class oxSurfaceGathering::tBufferTree {
 public:
     tBufferTree(const oxPointSetQuery& query, const Wm4::Vector3<float>& x)
-        : m_bvh(*query.getBVH()), m_x(x), m_vb(*query.getVertices()) {}
+        : m_bvh(*query.getBVH()), m_x(x), m_vb(*query.getVertices())
+    {}
 
     unsigned int nodeCount() const { return m_bvh.getNoNodes(); }
     bool isLeaf(unsigned int node) const { return m_bvh.getNode(node).isLeaf(); }
-    unsigned int leftChild(unsigned int node) const {
+    unsigned int leftChild(unsigned int node) const
+    {
         return m_bvh.getNodeIndex(m_bvh.getNode(node).leftChildNode());
     }
-    bool contains(unsigned int node) const {
+    bool contains(unsigned int node) const
+    {
         const oxBBox& box = m_bvh.getNodeBBox(node);
         const Wm4::Vector3<float>& lo = box.getMin();
         const Wm4::Vector3<float>& hi = box.getMax();
-        return lo.X() < m_x.X() && m_x.X() < hi.X() && lo.Y() < m_x.Y() && m_x.Y() < hi.Y() && lo.Z() < m_x.Z() &&
-               m_x.Z() < hi.Z();
+        return lo.X() < m_x.X() && m_x.X() < hi.X() && lo.Y() < m_x.Y() && m_x.Y() < hi.Y() &&
+               lo.Z() < m_x.Z() && m_x.Z() < hi.Z();
     }
 
     template <class Visit>
-    void scanLeaf(unsigned int node, Visit& visit) const {
+    void scanLeaf(unsigned int node, Visit& visit) const
+    {
         const oxPointSetProcessing::oxMiniBVHNode& n = m_bvh.getNode(node);
         const unsigned int first = n.getFirstPrimIdx();
         const unsigned int end = first + n.getNoPrimitives();
@@ -225,7 +249,8 @@ public:
             const float dx = p.X() - m_x.X(), dy = p.Y() - m_x.Y(), dz = p.Z() - m_x.Z();
             const float d2 = dx * dx + dy * dy + dz * dz;
             const float r = m_vb.PSize1(i);
-            if (!(r * r > d2)) continue;
+            if (!(r * r > d2))
+                continue;
             float record[kRecordSize];
             makeRecord(p, m_vb.Normal3(i), record);
             const tSupport s{oxPointSetSurface::WeightFunction(std::sqrt(d2) / r), record};
@@ -242,8 +267,10 @@ private:
 // ------------------------------------------------------------------ the walk
 
 template <class Tree, class Visit>
-void oxSurfaceGathering::walk(const Tree& tree, Visit& visit) {
-    if (tree.nodeCount() == 0 || !tree.contains(0)) return;
+void oxSurfaceGathering::walk(const Tree& tree, Visit& visit)
+{
+    if (tree.nodeCount() == 0 || !tree.contains(0))
+        return;
     // Splits happen on distinct Morton code bits (at most 63 levels), so the hierarchy is
     // at most 64 nodes deep and at most one pending right child per level is stacked.
     unsigned int stack[72];
@@ -252,7 +279,8 @@ void oxSurfaceGathering::walk(const Tree& tree, Visit& visit) {
     for (;;) {
         if (tree.isLeaf(node)) {
             tree.scanLeaf(node, visit);
-            if (top == 0) return;
+            if (top == 0)
+                return;
             node = stack[--top];
             continue;
         }
@@ -260,12 +288,14 @@ void oxSurfaceGathering::walk(const Tree& tree, Visit& visit) {
         const bool inLeft = tree.contains(left);
         const bool inRight = tree.contains(left + 1);
         if (inLeft) {
-            if (inRight) stack[top++] = left + 1;
+            if (inRight)
+                stack[top++] = left + 1;
             node = left;
         } else if (inRight) {
             node = left + 1;
         } else {
-            if (top == 0) return;
+            if (top == 0)
+                return;
             node = stack[--top];
         }
     }
@@ -273,7 +303,8 @@ void oxSurfaceGathering::walk(const Tree& tree, Visit& visit) {
 
 template <class Visit>
 void oxSurfaceGathering::forEachSupportingPoint(const oxPointSetQuery& query, const Wm4::Vector3<float>& x,
-                                               Visit&& visit) {
+                                                Visit&& visit)
+{
     if (const oxSurfaceGathering* compact = query.m_gathering.get()) {
         walk(tCompactTree(*compact, x), visit);
     } else {

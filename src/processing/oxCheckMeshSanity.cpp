@@ -21,5 +21,5 @@ bool CheckMeshSanity(const oxTriMesh& mesh)
     return true;
 }
 
-} // namespace oxMeshProcessing
-} // namespace ox
+}  // namespace oxMeshProcessing
+}  // namespace ox

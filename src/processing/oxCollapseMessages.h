@@ -4,7 +4,8 @@
 namespace ox {
 namespace detail {
 
-constexpr const char* NOT_MANIFOLD_MESSAGE = "Error while initializing edge collapse: input mesh is not manifold";
+constexpr const char* NOT_MANIFOLD_MESSAGE =
+    "Error while initializing edge collapse: input mesh is not manifold";
 
-} // namespace detail
-} // namespace ox
+}  // namespace detail
+}  // namespace ox

@@ -97,5 +97,5 @@ private:
     unsigned int m_live = 0;
 };
 
-} // namespace detail
-} // namespace ox
+}  // namespace detail
+}  // namespace ox

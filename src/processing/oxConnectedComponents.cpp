@@ -20,7 +20,7 @@ unsigned int findRoot(std::vector<unsigned int>& parent, unsigned int v)
     return v;
 }
 
-} // namespace
+}  // namespace
 
 unsigned int ClusterizeConnectedComponents(const oxTriMesh& mesh, std::vector<unsigned int>& labels)
 {
@@ -77,5 +77,5 @@ void KeepSingleConnectedComponent(oxTriMesh& mesh)
     detail::compactMesh(mesh, keep, std::vector<char>(), layout);
 }
 
-} // namespace oxMeshProcessing
-} // namespace ox
+}  // namespace oxMeshProcessing
+}  // namespace ox

@@ -43,5 +43,5 @@ void enumerateEdges(const unsigned int* indices, unsigned int triangleCount, uns
     }
 }
 
-} // namespace detail
-} // namespace ox
+}  // namespace detail
+}  // namespace ox

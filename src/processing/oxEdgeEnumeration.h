@@ -15,5 +15,5 @@ void enumerateEdges(const unsigned int* indices, unsigned int triangleCount, uns
                     std::vector<unsigned int>& v0, std::vector<unsigned int>& v1,
                     std::vector<unsigned int>& triangleEdges);
 
-} // namespace detail
-} // namespace ox
+}  // namespace detail
+}  // namespace ox

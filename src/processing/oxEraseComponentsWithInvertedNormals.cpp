@@ -19,7 +19,7 @@ struct tExtreme {
     Wm4::Vector3<float> normal;
 };
 
-} // namespace
+}  // namespace
 
 void EraseComponentsWithInvertedNormals(oxTriMesh& mesh)
 {
@@ -31,9 +31,9 @@ void EraseComponentsWithInvertedNormals(oxTriMesh& mesh)
     const unsigned int* idx = triangles > 0 ? mesh.GetIndexBuffer()->GetData() : nullptr;
     for (unsigned int t = 0; t < triangles; ++t) {
         const unsigned int* c = idx + 3 * t;
-        const Wm4::Vector3<float> n = detail::triangleUnitNormal(
-            vb->Position3(static_cast<int>(c[0])), vb->Position3(static_cast<int>(c[1])),
-            vb->Position3(static_cast<int>(c[2])));
+        const Wm4::Vector3<float> n = detail::triangleUnitNormal(vb->Position3(static_cast<int>(c[0])),
+                                                                 vb->Position3(static_cast<int>(c[1])),
+                                                                 vb->Position3(static_cast<int>(c[2])));
         tExtreme& k = extreme[labels[t]];
         if (c[0] == k.vertex || c[1] == k.vertex || c[2] == k.vertex) {
             k.normal += n;
@@ -62,5 +62,5 @@ void EraseComponentsWithInvertedNormals(oxTriMesh& mesh)
     detail::compactMesh(mesh, keep, std::vector<char>(), layout);
 }
 
-} // namespace oxMeshProcessing
-} // namespace ox
+}  // namespace oxMeshProcessing
+}  // namespace ox

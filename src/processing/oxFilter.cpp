@@ -18,5 +18,5 @@ void Filter(oxGeometry& geometry, bool smooth, unsigned int iterations)
     }
 }
 
-} // namespace oxMeshProcessing
-} // namespace ox
+}  // namespace oxMeshProcessing
+}  // namespace ox

@@ -5,8 +5,8 @@
 #include <unordered_set>
 
 #include "oxMeshProcessing.h"
-#include "processing/oxEdgeFlip.h"
 #include "processing/oxEdgeEnumeration.h"
+#include "processing/oxEdgeFlip.h"
 #include "processing/oxMeshCompaction.h"
 #include "scenegraph/oxIndexBuffer.h"
 #include "scenegraph/oxVertexBuffer.h"
@@ -19,8 +19,8 @@ namespace {
 typedef Wm4::Vector3<float> tVec3;
 const unsigned int NONE = 0xFFFFFFFFu;
 const unsigned int MAX_PASSES = 50;
-const float COPLANAR_COSINE = 0.985f; // about 10 degrees between the two normals
-const float MIN_ANGLE_GAIN = 1e-4f;   // radians; avoids flipping back and forth on ties
+const float COPLANAR_COSINE = 0.985f;  // about 10 degrees between the two normals
+const float MIN_ANGLE_GAIN = 1e-4f;    // radians; avoids flipping back and forth on ties
 
 float angleBetween(const tVec3& u, const tVec3& v)
 {
@@ -33,13 +33,20 @@ float angleBetween(const tVec3& u, const tVec3& v)
 
 float smallestAngle(const tVec3& p0, const tVec3& p1, const tVec3& p2)
 {
-    return std::min({angleBetween(p1 - p0, p2 - p0), angleBetween(p0 - p1, p2 - p1), angleBetween(p0 - p2, p1 - p2)});
+    return std::min(
+        {angleBetween(p1 - p0, p2 - p0), angleBetween(p0 - p1, p2 - p1), angleBetween(p0 - p2, p1 - p2)});
 }
 
-tVec3 normalOf(const tVec3& p0, const tVec3& p1, const tVec3& p2) { return (p1 - p0).Cross(p2 - p0); }
+tVec3 normalOf(const tVec3& p0, const tVec3& p1, const tVec3& p2)
+{
+    return (p1 - p0).Cross(p2 - p0);
+}
 
 /// Position of corner `v` in triangle c (0..2), or 3 when absent.
-int cornerOf(const unsigned int* c, unsigned int v) { return c[0] == v ? 0 : (c[1] == v ? 1 : (c[2] == v ? 2 : 3)); }
+int cornerOf(const unsigned int* c, unsigned int v)
+{
+    return c[0] == v ? 0 : (c[1] == v ? 1 : (c[2] == v ? 2 : 3));
+}
 
 /// Tries to flip the edge shared by triangles t0 and t1; true when flipped.
 bool tryFlip(const oxVertexBuffer& vb, unsigned int* idx, unsigned int t0, unsigned int t1, unsigned int u,
@@ -56,7 +63,8 @@ bool tryFlip(const oxVertexBuffer& vb, unsigned int* idx, unsigned int t0, unsig
         return false;
     }
     const unsigned int c = c0[(ia + 2) % 3], d = c1[(jb + 2) % 3];
-    if (c == d || c == a || c == b || d == a || d == b || edgeSet.count(detail::undirectedEdgeKey(c, d)) != 0) {
+    if (c == d || c == a || c == b || d == a || d == b ||
+        edgeSet.count(detail::undirectedEdgeKey(c, d)) != 0) {
         return false;
     }
     const tVec3 &pa = vb.Position3(static_cast<int>(a)), &pb = vb.Position3(static_cast<int>(b));
@@ -79,7 +87,7 @@ bool tryFlip(const oxVertexBuffer& vb, unsigned int* idx, unsigned int t0, unsig
     return true;
 }
 
-} // namespace
+}  // namespace
 
 void FlipEdges(oxTriMesh& mesh)
 {
@@ -121,5 +129,5 @@ void FlipEdges(oxTriMesh& mesh)
     }
 }
 
-} // namespace oxMeshProcessing
-} // namespace ox
+}  // namespace oxMeshProcessing
+}  // namespace ox

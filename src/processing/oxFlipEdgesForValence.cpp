@@ -5,8 +5,8 @@
 #include <unordered_set>
 
 #include "oxMeshProcessing.h"
-#include "processing/oxEdgeFlip.h"
 #include "processing/oxEdgeEnumeration.h"
+#include "processing/oxEdgeFlip.h"
 #include "processing/oxMeshCompaction.h"
 #include "scenegraph/oxIndexBuffer.h"
 #include "scenegraph/oxVertexBuffer.h"
@@ -20,7 +20,10 @@ typedef Wm4::Vector3<float> tVec3;
 const unsigned int NONE = 0xFFFFFFFFu;
 
 /// Corner k (0..2) of triangle corners `c` holding v, or -1.
-int cornerIndex(const unsigned int* c, unsigned int v) { return c[0] == v ? 0 : (c[1] == v ? 1 : (c[2] == v ? 2 : -1)); }
+int cornerIndex(const unsigned int* c, unsigned int v)
+{
+    return c[0] == v ? 0 : (c[1] == v ? 1 : (c[2] == v ? 2 : -1));
+}
 
 /// State of one FlipEdgesForValence call: live valences and the set of existing edges.
 struct tValenceFlipper {
@@ -62,7 +65,7 @@ struct tValenceFlipper {
         const unsigned int a = forward ? u : w, b = forward ? w : u;
         const int ia = cornerIndex(c0, a), ib = cornerIndex(c1, b);
         if (ia < 0 || ib < 0 || c0[(ia + 1) % 3] != b || c1[(ib + 1) % 3] != a) {
-            return false; // inconsistent winding across the edge: leave it alone
+            return false;  // inconsistent winding across the edge: leave it alone
         }
         const unsigned int c = c0[(ia + 2) % 3], d = c1[(ib + 2) % 3];
         if (c == d || valence[a] <= 3 || valence[b] <= 3) {
@@ -82,7 +85,7 @@ struct tValenceFlipper {
     }
 };
 
-} // namespace
+}  // namespace
 
 unsigned int FlipEdgesForValence(oxTriMesh& mesh, float maxBendDegrees, unsigned int maxPasses)
 {
@@ -92,9 +95,12 @@ unsigned int FlipEdgesForValence(oxTriMesh& mesh, float maxBendDegrees, unsigned
     const unsigned int triangleCount = detail::triangleCount(mesh);
     const unsigned int vertexCount = detail::vertexCount(mesh);
     const double radians = static_cast<double>(maxBendDegrees) * 3.14159265358979323846 / 180.0;
-    tValenceFlipper flipper{*mesh.GetVertexBuffer(), mesh.GetIndexBuffer()->GetData(),
-                            static_cast<float>(std::cos(radians)), std::vector<int>(vertexCount, 0),
-                            std::vector<int>(vertexCount, 6), std::unordered_set<std::uint64_t>()};
+    tValenceFlipper flipper{*mesh.GetVertexBuffer(),
+                            mesh.GetIndexBuffer()->GetData(),
+                            static_cast<float>(std::cos(radians)),
+                            std::vector<int>(vertexCount, 0),
+                            std::vector<int>(vertexCount, 6),
+                            std::unordered_set<std::uint64_t>()};
 
     std::vector<unsigned int> v0, v1, triangleEdges;
     unsigned int flips = 0;
@@ -137,5 +143,5 @@ unsigned int FlipEdgesForValence(oxTriMesh& mesh, float maxBendDegrees, unsigned
     return flips;
 }
 
-} // namespace oxMeshProcessing
-} // namespace ox
+}  // namespace oxMeshProcessing
+}  // namespace ox

@@ -59,8 +59,7 @@ struct tCollapseRun {
     tCollapseRun(oxTriMesh& m, oxQuadricErrorMetric& q)
         : mesh(m), metric(q), vertices(*m.GetVertexBuffer()), indices(m.GetIndexBuffer()->GetData()),
           squaredMaxError(0.0f), hasColor(vertices.GetAttributes().HasColor(0))
-    {
-    }
+    {}
 
     /// Representative of v, compressing the path.
     unsigned int find(unsigned int v)
@@ -133,7 +132,8 @@ struct tCollapseRun {
         const unsigned int a = find(edges[e].v0), b = find(edges[e].v1);
         if (locked[a] != locked[b]) {
             position = vertices.Position3(static_cast<int>(locked[a] ? a : b));
-            return metric.estimateEdgeCostAt(e, mesh, edges, vertexParents, edgeParents, neighbours, position);
+            return metric.estimateEdgeCostAt(e, mesh, edges, vertexParents, edgeParents, neighbours,
+                                             position);
         }
         return metric.estimateEdgeCost(e, mesh, edges, vertexParents, edgeParents, neighbours, position);
     }
@@ -285,7 +285,7 @@ bool indicesInRange(const oxTriMesh& mesh)
     return true;
 }
 
-} // namespace
+}  // namespace
 
 void GenericEdgeCollapse(oxTriMesh& mesh, oxQuadricErrorMetric& metric, unsigned int targetTriangleCount,
                          float maxError, const std::vector<bool>* lockedVertices,
@@ -299,7 +299,8 @@ void GenericEdgeCollapse(oxTriMesh& mesh, oxQuadricErrorMetric& metric, unsigned
     out.trianglesBefore = out.trianglesAfter = triangleCount;
     metric.setSquaredMaxError(maxError * maxError);
     if (triangleCount == 0 || mesh.GetVertexBuffer() == nullptr) {
-        out.stop = targetTriangleCount > triangleCount ? tCollapseStop::TargetAboveCount : tCollapseStop::TargetReached;
+        out.stop = targetTriangleCount > triangleCount ? tCollapseStop::TargetAboveCount
+                                                       : tCollapseStop::TargetReached;
         return;
     }
     if (!indicesInRange(mesh)) {
@@ -363,7 +364,8 @@ void GenericEdgeCollapse(oxTriMesh& mesh, oxQuadricErrorMetric& metric, unsigned
         const tQueueEntry front = run.queue.top();
         if (front.cost >= run.squaredMaxError) {
             // An infinite front cost means every queued edge is illegal (fold-over or crowded).
-            out.stop = std::isinf(front.cost) ? tCollapseStop::NoLegalCollapse : tCollapseStop::ErrorBoundReached;
+            out.stop =
+                std::isinf(front.cost) ? tCollapseStop::NoLegalCollapse : tCollapseStop::ErrorBoundReached;
             break;
         }
         run.queue.pop();
@@ -385,8 +387,8 @@ void GenericEdgeCollapse(oxTriMesh& mesh, oxQuadricErrorMetric& metric, unsigned
             continue;
         }
         if (cost != front.cost && done < 100) {
-            std::cout << "error at edge " << e << " (iteration" << done << "): " << cost << " != " << front.cost
-                      << std::endl;
+            std::cout << "error at edge " << e << " (iteration" << done << "): " << cost
+                      << " != " << front.cost << std::endl;
         }
         // The bound was tested on the queued cost; a finite recomputed cost collapses whatever
         // its value. An infinite one (the neighbourhood changed since the edge was queued: the
@@ -403,5 +405,5 @@ void GenericEdgeCollapse(oxTriMesh& mesh, oxQuadricErrorMetric& metric, unsigned
     out.trianglesAfter = detail::triangleCount(mesh);
 }
 
-} // namespace oxMeshProcessing
-} // namespace ox
+}  // namespace oxMeshProcessing
+}  // namespace ox

@@ -9,19 +9,21 @@ namespace oxMeshProcessing {
 namespace {
 /// Error bound relative to half the bounding box's largest side.
 const float HQ_RELATIVE_ERROR = 1e-3f;
-} // namespace
+}  // namespace
 
 void HQEdgeCollapse(oxTriMesh& mesh, oxProgressNotifierInterface* progress)
 {
     const oxVertexBuffer* vertices = mesh.GetVertexBuffer();
-    if (vertices == nullptr || vertices->GetVertexQuantity() == 0) return;
+    if (vertices == nullptr || vertices->GetVertexQuantity() == 0)
+        return;
     oxBBox box(vertices->Position3(0));
-    for (int v = 1; v < vertices->GetVertexQuantity(); ++v) box.selfExpand(vertices->Position3(v));
+    for (int v = 1; v < vertices->GetVertexQuantity(); ++v)
+        box.selfExpand(vertices->Position3(v));
     unsigned int axis = 0;
     tQuadricSimplifyOptions options;
     options.maxError = HQ_RELATIVE_ERROR * 0.5f * box.getMaxExtent(axis);
     QuadricSimplify(mesh, options, progress, nullptr);
 }
 
-} // namespace oxMeshProcessing
-} // namespace ox
+}  // namespace oxMeshProcessing
+}  // namespace ox

@@ -11,7 +11,8 @@ namespace {
 
 /// Fills a compressed-row table from (row, value) pairs given by `each(emit)`.
 template <class Each>
-void buildRows(unsigned int rows, std::vector<unsigned int>& start, std::vector<unsigned int>& values, Each each)
+void buildRows(unsigned int rows, std::vector<unsigned int>& start, std::vector<unsigned int>& values,
+               Each each)
 {
     start.assign(static_cast<std::size_t>(rows) + 1u, 0u);
     each([&](unsigned int row, unsigned int) { ++start[row + 1]; });
@@ -23,7 +24,7 @@ void buildRows(unsigned int rows, std::vector<unsigned int>& start, std::vector<
     each([&](unsigned int row, unsigned int value) { values[fill[row]++] = value; });
 }
 
-} // namespace
+}  // namespace
 
 tMeshAdjacency::tMeshAdjacency(const oxTriMesh& mesh)
 {
@@ -64,5 +65,5 @@ tMeshAdjacency::tMeshAdjacency(const oxTriMesh& mesh)
     });
 }
 
-} // namespace detail
-} // namespace ox
+}  // namespace detail
+}  // namespace ox

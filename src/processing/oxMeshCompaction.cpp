@@ -51,7 +51,8 @@ void compactMesh(oxTriMesh& mesh, const std::vector<char>& keepTriangle, std::ve
     oxPointer<oxVertexBuffer> vb = new oxVertexBuffer(layout, keptVertices);
     for (unsigned int v = 0; v < vertices; ++v) {
         if (keepVertex[v]) {
-            oxMeshUtils::CopyVertexData(oldVertices, vb.get(), static_cast<int>(v), static_cast<int>(newIndex[v]));
+            oxMeshUtils::CopyVertexData(oldVertices, vb.get(), static_cast<int>(v),
+                                        static_cast<int>(newIndex[v]));
         }
     }
     oxPointer<oxIndexBuffer> ib = new oxIndexBuffer(static_cast<int>(3 * keptTriangles));
@@ -70,5 +71,5 @@ void compactMesh(oxTriMesh& mesh, const std::vector<char>& keepTriangle, std::ve
     mesh.SetIndexBuffer(ib.get());
 }
 
-} // namespace detail
-} // namespace ox
+}  // namespace detail
+}  // namespace ox

@@ -23,5 +23,5 @@ unsigned int triangleCount(const oxTriMesh& mesh);
 /// Number of vertices of `mesh` (0 without a vertex buffer).
 unsigned int vertexCount(const oxTriMesh& mesh);
 
-} // namespace detail
-} // namespace ox
+}  // namespace detail
+}  // namespace ox

@@ -27,8 +27,8 @@ const unsigned int SAMPLES_PER_TRIANGLE = 64;
 
 /// Weighted sample moments gathered around one vertex.
 struct tMoments {
-    double xx = 0, xy = 0, yy = 0, rr = 0; // second moments x^2, xy, y^2, x^2 + y^2
-    double gx = 0, gxy = 0, gy = 0;        // slope moments x gx, x gy + y gx, y gy
+    double xx = 0, xy = 0, yy = 0, rr = 0;  // second moments x^2, xy, y^2, x^2 + y^2
+    double gx = 0, gxy = 0, gy = 0;         // slope moments x gx, x gy + y gx, y gy
 };
 
 /// Unit 2D direction of `v` projected into the tangent plane (t1, t2); zero when degenerate.
@@ -48,7 +48,8 @@ void projectDirection(const tVec3& v, const tVec3& t1, const tVec3& t2, float& x
 /// Tangent vectors completing the unit normal n to an orthonormal right-handed frame.
 void tangentFrame(const tVec3& n, tVec3& t1, tVec3& t2)
 {
-    const tVec3 axis = std::fabs(n.X()) < 0.6f ? tVec3(1, 0, 0) : (std::fabs(n.Y()) < 0.6f ? tVec3(0, 1, 0) : tVec3(0, 0, 1));
+    const tVec3 axis = std::fabs(n.X()) < 0.6f ? tVec3(1, 0, 0)
+                                               : (std::fabs(n.Y()) < 0.6f ? tVec3(0, 1, 0) : tVec3(0, 0, 1));
     t1 = detail::unitOrZero(axis - n * axis.Dot(n));
     t2 = n.Cross(t1);
 }
@@ -97,7 +98,8 @@ void solveHessian(const tMoments& m, double& a, double& b, double& c)
                             {0.0, m.xy * scale, m.yy * scale}};
     const double r[3] = {m.gx * scale, m.gxy * scale, m.gy * scale};
     auto det3 = [](const double M[3][3]) {
-        return M[0][0] * (M[1][1] * M[2][2] - M[1][2] * M[2][1]) - M[0][1] * (M[1][0] * M[2][2] - M[1][2] * M[2][0]) +
+        return M[0][0] * (M[1][1] * M[2][2] - M[1][2] * M[2][1]) -
+               M[0][1] * (M[1][0] * M[2][2] - M[1][2] * M[2][0]) +
                M[0][2] * (M[1][0] * M[2][1] - M[1][1] * M[2][0]);
     };
     const double det = det3(A);
@@ -116,7 +118,7 @@ void solveHessian(const tMoments& m, double& a, double& b, double& c)
     c = out[2];
 }
 
-} // namespace
+}  // namespace
 
 void oxMeshProperties::computeCurvatureImplemented()
 {
@@ -146,7 +148,7 @@ void oxMeshProperties::computeCurvatureImplemented()
                               (vb.Position3(c[2]) - vb.Position3(c[1])).Length(),
                               (vb.Position3(c[0]) - vb.Position3(c[2])).Length()};
         for (int k = 0; k < 3; ++k) {
-            const float shorter = std::fmin(len[k], len[(k + 2) % 3]); // the two edges at corner k
+            const float shorter = std::fmin(len[k], len[(k + 2) % 3]);  // the two edges at corner k
             radius[c[k]] = std::fmin(radius[c[k]], shorter);
         }
     }
@@ -166,7 +168,7 @@ void oxMeshProperties::computeCurvatureImplemented()
     for (unsigned int v = 0; v < vertexCount; ++v) {
         const tVec3& N = vertexNormals[v];
         if (start[v] == start[v + 1] || N == tVec3()) {
-            continue; // no surface around the vertex: zero curvature
+            continue;  // no surface around the vertex: zero curvature
         }
         tVec3 T1, T2;
         tangentFrame(N, T1, T2);
@@ -176,7 +178,8 @@ void oxMeshProperties::computeCurvatureImplemented()
             const unsigned int* c = indices + 3 * around[i];
             const unsigned int k = cornerOf[i];
             const tVec3 q0 = vb.Position3(c[(k + 1) % 3]), q1 = vb.Position3(c[(k + 2) % 3]);
-            const tVec3 n = detail::triangleUnitNormal(vb.Position3(c[0]), vb.Position3(c[1]), vb.Position3(c[2]));
+            const tVec3 n =
+                detail::triangleUnitNormal(vb.Position3(c[0]), vb.Position3(c[1]), vb.Position3(c[2]));
             float d0x, d0y, d1x, d1y;
             projectDirection(q0 - p, T1, T2, d0x, d0y);
             projectDirection(q1 - p, T1, T2, d1x, d1y);
@@ -217,4 +220,4 @@ void oxMeshProperties::computeCurvatureImplemented()
     m_curvature.computed = true;
 }
 
-} // namespace ox
+}  // namespace ox

@@ -46,5 +46,5 @@ struct tCornerAngles {
     }
 };
 
-} // namespace detail
-} // namespace ox
+}  // namespace detail
+}  // namespace ox

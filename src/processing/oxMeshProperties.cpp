@@ -24,8 +24,8 @@ unsigned int vertexCountOf(const oxTriMesh& mesh)
 }
 
 /// Edge indices sorted by ascending (v0, v1) key: two stable counting passes, by v1 then v0.
-std::vector<unsigned int> edgesInKeyOrder(const std::vector<unsigned int>& v0, const std::vector<unsigned int>& v1,
-                                          unsigned int vertexCount)
+std::vector<unsigned int> edgesInKeyOrder(const std::vector<unsigned int>& v0,
+                                          const std::vector<unsigned int>& v1, unsigned int vertexCount)
 {
     const std::size_t edgeCount = v0.size();
     std::vector<unsigned int> order(edgeCount), sorted(edgeCount);
@@ -48,7 +48,7 @@ std::vector<unsigned int> edgesInKeyOrder(const std::vector<unsigned int>& v0, c
     return order;
 }
 
-} // namespace
+}  // namespace
 
 oxMeshProperties::oxMeshProperties(const oxTriMesh* mesh) : m_mesh(mesh)
 {
@@ -220,7 +220,7 @@ void oxMeshProperties::computeVertexNormalsImplemented()
                                               vb.Position3(corner[2]));
             const Wm4::Vector3<float> n = detail::unitOrZero(wedge.e01.Cross(wedge.e12));
             if (n == Wm4::Vector3<float>()) {
-                continue; // degenerate: contributes nothing (even where an angle rounds to NaN)
+                continue;  // degenerate: contributes nothing (even where an angle rounds to NaN)
             }
             for (int k = 0; k < 3; ++k) {
                 normals[corner[k]] += n * wedge.angle[k];
@@ -243,4 +243,4 @@ void oxMeshProperties::computeVertexValencyImplemented()
     m_vertexValency.computed = true;
 }
 
-} // namespace ox
+}  // namespace ox

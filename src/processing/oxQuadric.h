@@ -74,7 +74,8 @@ struct tQuadric {
         const double c01 = a02 * a12 - a01 * m22;
         const double c02 = a01 * a12 - a02 * m11;
         const double det = m00 * c00 + a01 * c01 + a02 * c02;
-        if (!(std::fabs(det) > 0.0) || !std::isfinite(det)) return false;
+        if (!(std::fabs(det) > 0.0) || !std::isfinite(det))
+            return false;
         const double c11 = m00 * m22 - a02 * a02;
         const double c12 = a01 * a02 - m00 * a12;
         const double c22 = m00 * m11 - a01 * a01;
@@ -86,5 +87,5 @@ struct tQuadric {
     }
 };
 
-} // namespace detail
-} // namespace ox
+}  // namespace detail
+}  // namespace ox

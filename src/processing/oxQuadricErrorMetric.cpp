@@ -78,12 +78,11 @@ tMat4 triangleQuadric(const tVec3& p0, const tVec3& p1, const tVec3& p2)
     return q;
 }
 
-} // namespace
+}  // namespace
 
 oxQuadricErrorMetric::oxQuadricErrorMetric(float lambda)
     : m_squaredMaxError(0.0f), m_center(), m_halfExtent(1.0f), m_lambda(lambda)
-{
-}
+{}
 
 void oxQuadricErrorMetric::resolveEndpoints(const tEdge& edge, const std::vector<unsigned int>& vertexParents,
                                             unsigned int& a, unsigned int& b)
@@ -167,7 +166,8 @@ float oxQuadricErrorMetric::optimalPlacement(const oxTriMesh& mesh, unsigned int
     }
     P(3, 0) = P(3, 1) = P(3, 2) = 0.0f;
     P(3, 3) = 1.0f;
-    const Wm4::Vector4<float> x = P.Inverse() * Wm4::Vector4<float>(m_lambda * m[0], m_lambda * m[1], m_lambda * m[2], 1.0f);
+    const Wm4::Vector4<float> x =
+        P.Inverse() * Wm4::Vector4<float>(m_lambda * m[0], m_lambda * m[1], m_lambda * m[2], 1.0f);
     normalised = tVec3(x[0], x[1], x[2]);
     return quadricCost(a, b, normalised);
 }
@@ -225,14 +225,16 @@ float oxQuadricErrorMetric::estimateEdgeCost(unsigned int edge, const oxTriMesh&
                                              const std::vector<tEdge>& edges,
                                              const std::vector<unsigned int>& vertexParents,
                                              const std::vector<unsigned int>& edgeParents,
-                                             const std::vector<tNeighbourMap>& neighbours, tVec3& position) const
+                                             const std::vector<tNeighbourMap>& neighbours,
+                                             tVec3& position) const
 {
     unsigned int a, b;
     resolveEndpoints(edges[edge], vertexParents, a, b);
     tVec3 normalised;
     const float cost = optimalPlacement(mesh, a, b, normalised);
     position = normalised * m_halfExtent + m_center;
-    if (std::isnan(cost) || !neighbourhoodAllows(mesh, a, b, position, edges, vertexParents, edgeParents, neighbours)) {
+    if (std::isnan(cost) ||
+        !neighbourhoodAllows(mesh, a, b, position, edges, vertexParents, edgeParents, neighbours)) {
         return std::numeric_limits<float>::infinity();
     }
     return cost;
@@ -248,7 +250,8 @@ float oxQuadricErrorMetric::estimateEdgeCostAt(unsigned int edge, const oxTriMes
     unsigned int a, b;
     resolveEndpoints(edges[edge], vertexParents, a, b);
     const float cost = quadricCost(a, b, (position - m_center) / m_halfExtent);
-    if (std::isnan(cost) || !neighbourhoodAllows(mesh, a, b, position, edges, vertexParents, edgeParents, neighbours)) {
+    if (std::isnan(cost) ||
+        !neighbourhoodAllows(mesh, a, b, position, edges, vertexParents, edgeParents, neighbours)) {
         return std::numeric_limits<float>::infinity();
     }
     return cost;
@@ -263,5 +266,5 @@ void oxQuadricErrorMetric::collapseEdge(const tEdge& edge)
     m_placementQuadrics[j] = m_placementQuadrics[i];
 }
 
-} // namespace oxMeshProcessing
-} // namespace ox
+}  // namespace oxMeshProcessing
+}  // namespace ox

@@ -38,19 +38,24 @@ const double BOUNDARY_WEIGHT = 10.0;
 /// Smallest cosine allowed between a triangle's normal before and after a collapse.
 const double MIN_NORMAL_COSINE = 0.2;
 
-tPoint3d sub(const tPoint3d& p, const tPoint3d& q) { return {p.x - q.x, p.y - q.y, p.z - q.z}; }
+tPoint3d sub(const tPoint3d& p, const tPoint3d& q)
+{
+    return {p.x - q.x, p.y - q.y, p.z - q.z};
+}
 tPoint3d cross(const tPoint3d& u, const tPoint3d& v)
 {
     return {u.y * v.z - u.z * v.y, u.z * v.x - u.x * v.z, u.x * v.y - u.y * v.x};
 }
-double dot(const tPoint3d& u, const tPoint3d& v) { return u.x * v.x + u.y * v.y + u.z * v.z; }
+double dot(const tPoint3d& u, const tPoint3d& v)
+{
+    return u.x * v.x + u.y * v.y + u.z * v.z;
+}
 
 class tSimplification {
 public:
     tSimplification(oxTriMesh& mesh, const tQuadricSimplifyOptions& options)
         : m_mesh(mesh), m_options(options), m_vertices(*mesh.GetVertexBuffer())
-    {
-    }
+    {}
 
     /// Runs the whole simplification; fills `report`.
     void run(oxProgressNotifierInterface* progress, tEdgeCollapseReport& report)
@@ -122,22 +127,27 @@ private:
             const tPoint3d& p0 = m_positions[c[0]];
             const tPoint3d normal = cross(sub(m_positions[c[1]], p0), sub(m_positions[c[2]], p0));
             const double length = std::sqrt(dot(normal, normal));
-            if (!(length > 0.0)) continue;
+            if (!(length > 0.0))
+                continue;
             const tPoint3d unit{normal.x / length, normal.y / length, normal.z / length};
             const double area = 0.5 * length;
             tQuadric q;
             q.addPlane(unit.x, unit.y, unit.z, -dot(unit, p0), area, area);
-            for (int k = 0; k < 3; ++k) m_quadrics[c[k]] += q;
+            for (int k = 0; k < 3; ++k)
+                m_quadrics[c[k]] += q;
             for (int k = 0; k < 3; ++k) {
                 const unsigned int u = c[k], v = c[(k + 1) % 3];
-                if (!m_topology.onBoundary(u) || !m_topology.onBoundary(v) || !isBorderEdge(u, v)) continue;
+                if (!m_topology.onBoundary(u) || !m_topology.onBoundary(v) || !isBorderEdge(u, v))
+                    continue;
                 const tPoint3d edge = sub(m_positions[v], m_positions[u]);
                 const tPoint3d side = cross(edge, unit);
                 const double sideLength = std::sqrt(dot(side, side));
-                if (!(sideLength > 0.0)) continue;
+                if (!(sideLength > 0.0))
+                    continue;
                 const tPoint3d m{side.x / sideLength, side.y / sideLength, side.z / sideLength};
                 tQuadric border;
-                border.addPlane(m.x, m.y, m.z, -dot(m, m_positions[u]), BOUNDARY_WEIGHT * dot(edge, edge), 0.0);
+                border.addPlane(m.x, m.y, m.z, -dot(m, m_positions[u]), BOUNDARY_WEIGHT * dot(edge, edge),
+                                0.0);
                 m_quadrics[u] += border;
                 m_quadrics[v] += border;
             }
@@ -170,7 +180,8 @@ private:
             const tPoint3d& pa = m_positions[a];
             const tPoint3d& pb = m_positions[b];
             const tPoint3d mid{0.5 * (pa.x + pb.x), 0.5 * (pa.y + pb.y), 0.5 * (pa.z + pb.z)};
-            if (!q.minimise(mid, REGULARISATION, x)) x = mid;
+            if (!q.minimise(mid, REGULARISATION, x))
+                x = mid;
         }
         const double cost = q.evaluate(x);
         meanSquared = cost / std::max(q.weight, std::numeric_limits<double>::min());
@@ -182,7 +193,8 @@ private:
     {
         tPoint3d x;
         double meanSquared;
-        return static_cast<float>(evaluate(m_topology.edgeEnd(e, 0), m_topology.edgeEnd(e, 1), x, meanSquared));
+        return static_cast<float>(
+            evaluate(m_topology.edgeEnd(e, 0), m_topology.edgeEnd(e, 1), x, meanSquared));
     }
 
     bool collapsible(unsigned int e) const
@@ -195,7 +207,8 @@ private:
     {
         unsigned int queued = 0;
         for (unsigned int e = 0; e < m_topology.edgeCount(); ++e) {
-            if (!m_topology.isEdgeAlive(e) || m_queue.contains(e) || !collapsible(e)) continue;
+            if (!m_topology.isEdgeAlive(e) || m_queue.contains(e) || !collapsible(e))
+                continue;
             m_queue.append(e, edgeKey(e));
             ++queued;
         }
@@ -219,13 +232,16 @@ private:
                         ++moved;
                     }
                 }
-                if (moved == 2) continue;  // a triangle of the edge itself
+                if (moved == 2)
+                    continue;  // a triangle of the edge itself
                 const tPoint3d n0 = cross(sub(before[1], before[0]), sub(before[2], before[0]));
                 const tPoint3d n1 = cross(sub(after[1], after[0]), sub(after[2], after[0]));
                 const double l0 = dot(n0, n0);
-                if (!(l0 > 0.0)) continue;  // no orientation to lose
+                if (!(l0 > 0.0))
+                    continue;  // no orientation to lose
                 const double d = dot(n0, n1);
-                if (d <= 0.0 || d * d < MIN_NORMAL_COSINE * MIN_NORMAL_COSINE * l0 * dot(n1, n1)) return false;
+                if (d <= 0.0 || d * d < MIN_NORMAL_COSINE * MIN_NORMAL_COSINE * l0 * dot(n1, n1))
+                    return false;
             }
         }
         return true;
@@ -248,7 +264,8 @@ private:
         bool overBound = false;
         for (;;) {
             // A collapse removes two triangles (one on a border): stop within one of the target.
-            if (m_topology.liveTriangleCount() < target + 2) return tCollapseStop::TargetReached;
+            if (m_topology.liveTriangleCount() < target + 2)
+                return tCollapseStop::TargetReached;
             if (m_queue.empty()) {
                 if (m_collapses == collapsesAtLastRefill)
                     return overBound ? tCollapseStop::ErrorBoundReached : tCollapseStop::NoLegalCollapse;
@@ -262,7 +279,8 @@ private:
             const unsigned int a = std::min(m_topology.edgeEnd(e, 0), m_topology.edgeEnd(e, 1));
             const unsigned int b = std::max(m_topology.edgeEnd(e, 0), m_topology.edgeEnd(e, 1));
             tCollapsibleMesh::tEdgeFan fan;
-            if (!m_topology.canCollapse(a, b, fan)) continue;
+            if (!m_topology.canCollapse(a, b, fan))
+                continue;
             tPoint3d x;
             double meanSquared;
             evaluate(a, b, x, meanSquared);
@@ -270,18 +288,21 @@ private:
                 overBound = true;
                 continue;
             }
-            if (!keepsOrientation(a, b, x)) continue;
+            if (!keepsOrientation(a, b, x))
+                continue;
 
             const unsigned int survivor = a, removed = b;
             m_topology.collapse(survivor, removed, fan);
-            for (const unsigned int killed : m_topology.killedEdges()) m_queue.remove(killed);
+            for (const unsigned int killed : m_topology.killedEdges())
+                m_queue.remove(killed);
             m_positions[survivor] = x;
             m_moved[survivor] = 1;
             m_quadrics[survivor] += m_quadrics[removed];
-            if (m_locked[removed]) m_locked[survivor] = 1;
+            if (m_locked[removed])
+                m_locked[survivor] = 1;
             ++m_collapses;
-            for (const unsigned int* edge = m_topology.edgesBegin(survivor); edge != m_topology.edgesEnd(survivor);
-                 ++edge) {
+            for (const unsigned int* edge = m_topology.edgesBegin(survivor);
+                 edge != m_topology.edgesEnd(survivor); ++edge) {
                 if (collapsible(*edge))
                     m_queue.set(*edge, edgeKey(*edge));
                 else
@@ -301,7 +322,8 @@ private:
         std::vector<char> keepTriangle(triangles, 0);
         std::vector<char> keepVertex(m_topology.vertexCount(), 0);
         for (unsigned int t = 0; t < triangles; ++t) {
-            if (!m_topology.isLive(t)) continue;
+            if (!m_topology.isLive(t))
+                continue;
             keepTriangle[t] = 1;
             const unsigned int* c = m_topology.corners(t);
             for (int k = 0; k < 3; ++k) {
@@ -310,7 +332,8 @@ private:
             }
         }
         for (unsigned int v = 0; v < m_topology.vertexCount(); ++v) {
-            if (!keepVertex[v] || !m_moved[v]) continue;  // untouched vertices stay bit-exact
+            if (!keepVertex[v] || !m_moved[v])
+                continue;  // untouched vertices stay bit-exact
             const tPoint3d& p = m_positions[v];
             m_vertices.Position3(static_cast<int>(v)) =
                 Wm4::Vector3<float>(static_cast<float>(p.x * m_scale + m_centre.x),
@@ -336,10 +359,10 @@ private:
     double m_maxError = std::numeric_limits<double>::infinity();
 };
 
-} // namespace
+}  // namespace
 
-void QuadricSimplify(oxTriMesh& mesh, const tQuadricSimplifyOptions& options, oxProgressNotifierInterface* progress,
-                     tEdgeCollapseReport* report)
+void QuadricSimplify(oxTriMesh& mesh, const tQuadricSimplifyOptions& options,
+                     oxProgressNotifierInterface* progress, tEdgeCollapseReport* report)
 {
     tEdgeCollapseReport localReport;
     tEdgeCollapseReport& out = report ? *report : localReport;
@@ -358,5 +381,5 @@ void QuadricSimplify(oxTriMesh& mesh, const tQuadricSimplifyOptions& options, ox
     tSimplification(mesh, options).run(progress, out);
 }
 
-} // namespace oxMeshProcessing
-} // namespace ox
+}  // namespace oxMeshProcessing
+}  // namespace ox

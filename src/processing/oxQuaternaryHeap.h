@@ -23,7 +23,8 @@ public:
     /// Room for ids up to idCount - 1 (keeps the heap).
     void growIds(unsigned int idCount)
     {
-        if (idCount > m_position.size()) m_position.resize(idCount, ABSENT);
+        if (idCount > m_position.size())
+            m_position.resize(idCount, ABSENT);
     }
 
     bool empty() const { return m_items.empty(); }
@@ -59,19 +60,23 @@ public:
     void heapify()
     {
         const std::size_t n = m_items.size();
-        if (n < 2) return;
-        for (std::size_t i = (n - 2) / 4 + 1; i-- > 0;) siftDown(static_cast<unsigned int>(i));
+        if (n < 2)
+            return;
+        for (std::size_t i = (n - 2) / 4 + 1; i-- > 0;)
+            siftDown(static_cast<unsigned int>(i));
     }
 
     /// Removes `id` if present.
     void remove(unsigned int id)
     {
         const unsigned int at = m_position[id];
-        if (at == ABSENT) return;
+        if (at == ABSENT)
+            return;
         m_position[id] = ABSENT;
         const tItem last = m_items.back();
         m_items.pop_back();
-        if (at == m_items.size()) return;
+        if (at == m_items.size())
+            return;
         m_items[at] = last;
         m_position[last.id] = at;
         if (at > 0 && last.key < m_items[(at - 1) / 4].key)
@@ -97,7 +102,8 @@ private:
         const tItem moving = m_items[i];
         while (i > 0) {
             const unsigned int parent = (i - 1) / 4;
-            if (!(moving.key < m_items[parent].key)) break;
+            if (!(moving.key < m_items[parent].key))
+                break;
             place(i, m_items[parent]);
             i = parent;
         }
@@ -110,12 +116,15 @@ private:
         const tItem moving = m_items[i];
         for (;;) {
             const std::size_t first = 4 * std::size_t(i) + 1;
-            if (first >= n) break;
+            if (first >= n)
+                break;
             std::size_t best = first;
             const std::size_t last = first + 4 < n ? first + 4 : n;
             for (std::size_t c = first + 1; c < last; ++c)
-                if (m_items[c].key < m_items[best].key) best = c;
-            if (!(m_items[best].key < moving.key)) break;
+                if (m_items[c].key < m_items[best].key)
+                    best = c;
+            if (!(m_items[best].key < moving.key))
+                break;
             place(i, m_items[best]);
             i = static_cast<unsigned int>(best);
         }
@@ -126,5 +135,5 @@ private:
     std::vector<unsigned int> m_position;  ///< per id: index in m_items, or ABSENT
 };
 
-} // namespace detail
-} // namespace ox
+}  // namespace detail
+}  // namespace ox

@@ -34,5 +34,5 @@ void RecomputeNormals(oxTriMesh& mesh)
     }
 }
 
-} // namespace oxMeshProcessing
-} // namespace ox
+}  // namespace oxMeshProcessing
+}  // namespace ox

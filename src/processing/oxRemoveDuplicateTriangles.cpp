@@ -41,5 +41,5 @@ unsigned int RemoveDuplicateTriangles(oxTriMesh& mesh)
     return removed;
 }
 
-} // namespace oxMeshProcessing
-} // namespace ox
+}  // namespace oxMeshProcessing
+}  // namespace ox

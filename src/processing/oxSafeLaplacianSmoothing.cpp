@@ -22,7 +22,7 @@ tVec3 normalWith(const oxVertexBuffer& vb, const unsigned int* c, unsigned int m
     return (p[1] - p[0]).Cross(p[2] - p[0]);
 }
 
-} // namespace
+}  // namespace
 
 void SafeLaplacianSmoothing(oxTriMesh& mesh, unsigned int iterations, float factor,
                             const std::vector<bool>* lockedVertices)
@@ -42,7 +42,8 @@ void SafeLaplacianSmoothing(oxTriMesh& mesh, unsigned int iterations, float fact
     for (unsigned int pass = 0; pass < iterations; ++pass) {
         for (unsigned int v = 0; v < vertexCount; ++v) {
             const unsigned int first = adjacency.neighbourStart[v], last = adjacency.neighbourStart[v + 1];
-            const bool locked = lockedVertices != nullptr && v < lockedVertices->size() && (*lockedVertices)[v];
+            const bool locked =
+                lockedVertices != nullptr && v < lockedVertices->size() && (*lockedVertices)[v];
             if (first == last || adjacency.onBorder[v] || locked) {
                 continue;
             }
@@ -54,7 +55,8 @@ void SafeLaplacianSmoothing(oxTriMesh& mesh, unsigned int iterations, float fact
             const tVec3 p = vb.Position3(static_cast<int>(v));
             const tVec3 target = p + (average - p) * factor;
             bool safe = true;
-            for (unsigned int i = adjacency.triangleStart[v]; i < adjacency.triangleStart[v + 1] && safe; ++i) {
+            for (unsigned int i = adjacency.triangleStart[v]; i < adjacency.triangleStart[v + 1] && safe;
+                 ++i) {
                 const unsigned int t = adjacency.triangles[i];
                 safe = reference[t].Dot(normalWith(vb, idx + 3 * t, v, target)) > 0.0f;
             }
@@ -65,5 +67,5 @@ void SafeLaplacianSmoothing(oxTriMesh& mesh, unsigned int iterations, float fact
     }
 }
 
-} // namespace oxMeshProcessing
-} // namespace ox
+}  // namespace oxMeshProcessing
+}  // namespace ox

@@ -38,13 +38,13 @@ tCell cellOf(const tVec3& p, float tolerance)
     }
     std::uint32_t bits[3];
     for (int k = 0; k < 3; ++k) {
-        const float value = p[k] == 0.0f ? 0.0f : p[k]; // -0 and +0 weld
+        const float value = p[k] == 0.0f ? 0.0f : p[k];  // -0 and +0 weld
         std::memcpy(&bits[k], &value, sizeof(float));
     }
     return tCell{bits[0], bits[1], bits[2]};
 }
 
-} // namespace
+}  // namespace
 
 unsigned int WeldSimilarVertices(oxTriMesh& mesh, float tolerance)
 {
@@ -71,7 +71,8 @@ unsigned int WeldSimilarVertices(oxTriMesh& mesh, float tolerance)
                         continue;
                     }
                     for (unsigned int r : it->second) {
-                        if (r < best && (vb.Position3(static_cast<int>(r)) - p).SquaredLength() <= squaredTolerance) {
+                        if (r < best &&
+                            (vb.Position3(static_cast<int>(r)) - p).SquaredLength() <= squaredTolerance) {
                             best = r;
                         }
                     }
@@ -102,5 +103,5 @@ unsigned int WeldSimilarVertices(oxTriMesh& mesh, float tolerance)
     return merged;
 }
 
-} // namespace oxMeshProcessing
-} // namespace ox
+}  // namespace oxMeshProcessing
+}  // namespace ox

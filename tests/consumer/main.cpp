@@ -7,7 +7,8 @@
 #include <cstdio>
 #include <cstring>
 
-int main() {
+int main()
+{
     int failures = 0;
     auto check = [&](bool ok, const char* what) {
         if (!ok) {
@@ -18,7 +19,8 @@ int main() {
 
     ox::initializeOxMeshLibrary();
     std::printf("oxMeshLib %s\n", ox::oxMeshLib::Version::GetDescStringMajorMinorReleaseRevisionDate());
-    check(std::strcmp(ox::oxMeshLib::Version::GetDescStringMajorMinorReleaseRevision(true), "1.0.0.10699") == 0,
+    check(std::strcmp(ox::oxMeshLib::Version::GetDescStringMajorMinorReleaseRevision(true), "1.0.0.10699") ==
+              0,
           "version string");
 
     ox::oxAttributes attributes;
@@ -34,7 +36,8 @@ int main() {
     check(std::fabs(box.getMaxExtent(axis) - 4.0f) < 1e-3f, "sphere bounding box");
 
     ox::oxHashTbl<unsigned int, float> table(100);
-    for (unsigned int i = 0; i < 1000; ++i) table.set(i, float(i));
+    for (unsigned int i = 0; i < 1000; ++i)
+        table.set(i, float(i));
     check(table.getNoElements() == 1000 && table.find(500u) != table.end(), "hash table");
 
     // Reconstruction from the sphere's vertices and normals: a closed mesh comes back.
@@ -48,6 +51,7 @@ int main() {
 
     ox::terminateOxMeshLibrary();
     std::printf("triangles %d, extent %.3f, reconstructed %d: %s\n", sphere->GetTriangleQuantity(),
-                box.getMaxExtent(axis), rebuilt ? rebuilt->GetTriangleQuantity() : 0, failures ? "FAILED" : "ok");
+                box.getMaxExtent(axis), rebuilt ? rebuilt->GetTriangleQuantity() : 0,
+                failures ? "FAILED" : "ok");
     return failures ? 1 : 0;
 }

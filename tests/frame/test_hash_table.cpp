@@ -20,14 +20,17 @@ namespace {
 
 // The byte step written the other way round: t(u) = 0xBADFACE1 + u * 0xDEADBEEF, in 64
 // bits and then truncated, which equals 0xBADFACE1 - u * 0x21524111 modulo 2^32.
-std::uint32_t modelRun(std::uint32_t h, const unsigned char* b, std::size_t n) {
+std::uint32_t modelRun(std::uint32_t h, const unsigned char* b, std::size_t n)
+{
     auto t = [](unsigned u) { return std::uint32_t((0xBADFACE1ull + u * 0xDEADBEEFull) & 0xFFFFFFFFull); };
     h ^= t(b[0]) ^ (t(b[0]) >> 13);
-    for (std::size_t k = 1; k < n; ++k) h ^= (((t(b[k]) >> 8) ^ h) >> 5) ^ t(b[k]);
+    for (std::size_t k = 1; k < n; ++k)
+        h ^= (((t(b[k]) >> 8) ^ h) >> 5) ^ t(b[k]);
     return h ^ (h >> 5);
 }
 template <class T>
-std::uint32_t modelHashOneRun(const T& key) {
+std::uint32_t modelHashOneRun(const T& key)
+{
     unsigned char bytes[sizeof(T)];
     std::memcpy(bytes, &key, sizeof(T));
     return modelRun(0, bytes, sizeof(T));
@@ -35,30 +38,35 @@ std::uint32_t modelHashOneRun(const T& key) {
 
 }  // namespace
 
-TEST(DefaultHash, KnownValues) {
+TEST(DefaultHash, KnownValues)
+{
     // Worked out by hand from the byte step (little-endian bytes, state starting at 0).
     EXPECT_EQ(tDefaultHash<unsigned int>::hash(0u), 0x00017e19u);
     EXPECT_EQ(tDefaultHash<unsigned int>::hash(1u), 0x2352a18bu);
     EXPECT_EQ(tDefaultHash<unsigned int>::hash(0xDEADBEEFu), 0x82603ad6u);
     EXPECT_EQ(tDefaultHash<unsigned int>::hash(123456789u), 0xc6cdd055u);
     EXPECT_EQ(tDefaultHash<VKey>::hash(VKey(1, 2, 3, 4)), 0x82df7f09u);
-    EXPECT_EQ(tDefaultHash<tEdgeKey>::hash(tEdgeKey(std::uint64_t(0x2000), std::uint64_t(0x1000))), 0x3489f7ceu);
+    EXPECT_EQ(tDefaultHash<tEdgeKey>::hash(tEdgeKey(std::uint64_t(0x2000), std::uint64_t(0x1000))),
+              0x3489f7ceu);
 }
 
-TEST(DefaultHash, MatchesModelOnRandomKeys) {
+TEST(DefaultHash, MatchesModelOnRandomKeys)
+{
     std::mt19937 rng(7);
     for (int i = 0; i < 20000; ++i) {
         const unsigned int u = rng();
         ASSERT_EQ(tDefaultHash<unsigned int>::hash(u), modelHashOneRun(u));
         const VKey vk(rng() & 0xFFFF, rng() & 0xFFFF, rng() & 0xFFFF, rng() & 0xFFFF);
         ASSERT_EQ(tDefaultHash<VKey>::hash(vk), modelHashOneRun(vk));
-        const std::uint64_t a = (std::uint64_t(rng()) << 32) | rng(), b = (std::uint64_t(rng()) << 32) | rng();
+        const std::uint64_t a = (std::uint64_t(rng()) << 32) | rng(),
+                            b = (std::uint64_t(rng()) << 32) | rng();
         const tEdgeKey ek(a, b);
         // Four chained 4-byte runs.
         unsigned char bytes[16];
         std::memcpy(bytes, &ek, 16);
         std::uint32_t h = 0;
-        for (int g = 0; g < 4; ++g) h = modelRun(h, bytes + 4 * g, 4);
+        for (int g = 0; g < 4; ++g)
+            h = modelRun(h, bytes + 4 * g, 4);
         ASSERT_EQ(tDefaultHash<tEdgeKey>::hash(ek), h);
         // Bucket = 32-bit hash modulo the table size, in 64-bit arithmetic.
         const std::size_t size = (std::size_t(rng()) << 8) + 1;
@@ -70,7 +78,8 @@ TEST(DefaultHash, MatchesModelOnRandomKeys) {
 // exactly as the in-run step does, so chaining runs gives the hash of one long run: an
 // 8-byte vertex key hashes like two chained 4-byte words, and an edge key's four runs like
 // one 16-byte run. The stated steps decide the values; this pins that identity down.
-TEST(DefaultHash, ChainedRunsEqualOneRun) {
+TEST(DefaultHash, ChainedRunsEqualOneRun)
+{
     std::mt19937 rng(11);
     for (int i = 0; i < 5000; ++i) {
         const VKey vk(rng() & 0xFFFF, rng() & 0xFFFF, rng() & 0xFFFF, rng() & 0xFFFF);
@@ -82,7 +91,8 @@ TEST(DefaultHash, ChainedRunsEqualOneRun) {
     }
 }
 
-TEST(HashTable, BucketCountIsSizePlusOne) {
+TEST(HashTable, BucketCountIsSizePlusOne)
+{
     EXPECT_EQ((ox::oxHashTbl<unsigned int, int>(0).getNoBuckets()), 1u);
     EXPECT_EQ((ox::oxHashTbl<unsigned int, int>(10).getNoBuckets()), 11u);
     ox::oxHashTbl<VKey, float> big(16777216);
@@ -97,7 +107,8 @@ TEST(HashTable, BucketCountIsSizePlusOne) {
     EXPECT_EQ(copy.getNoBuckets(), 0u);
 }
 
-TEST(HashTable, SetOverwritesInPlace) {
+TEST(HashTable, SetOverwritesInPlace)
+{
     ox::oxHashTbl<unsigned int, int> table(5);
     int* first = table.set(42u, 1);
     ASSERT_NE(first, nullptr);
@@ -117,7 +128,8 @@ TEST(HashTable, SetOverwritesInPlace) {
 // Iteration visits buckets in index order and each chain in insertion order; compare with
 // a model keyed by the bucket computed independently.
 template <class Key>
-void checkAgainstModel(std::size_t size, const std::vector<Key>& keys) {
+void checkAgainstModel(std::size_t size, const std::vector<Key>& keys)
+{
     ox::oxHashTbl<Key, std::size_t> table(size);
     const std::size_t B = size + 1;
     std::map<std::size_t, std::vector<Key>> model;
@@ -128,11 +140,14 @@ void checkAgainstModel(std::size_t size, const std::vector<Key>& keys) {
     }
     ASSERT_EQ(table.getNoElements(), keys.size());
     // Values never move.
-    for (std::size_t i = 0; i < keys.size(); ++i) ASSERT_EQ(*valuePtrs[i], i);
+    for (std::size_t i = 0; i < keys.size(); ++i)
+        ASSERT_EQ(*valuePtrs[i], i);
     std::vector<std::pair<std::size_t, Key>> expected, seen;
     for (auto& [bucket, chain] : model)
-        for (auto& k : chain) expected.emplace_back(bucket, k);
-    for (auto it = table.begin(); it != table.end(); ++it) seen.emplace_back(it.bucket(), it.getKey());
+        for (auto& k : chain)
+            expected.emplace_back(bucket, k);
+    for (auto it = table.begin(); it != table.end(); ++it)
+        seen.emplace_back(it.bucket(), it.getKey());
     ASSERT_EQ(seen.size(), expected.size());
     for (std::size_t i = 0; i < seen.size(); ++i) {
         ASSERT_EQ(seen[i].first, expected[i].first);
@@ -146,13 +161,15 @@ void checkAgainstModel(std::size_t size, const std::vector<Key>& keys) {
     }
 }
 
-TEST(HashTable, IterationOrderAndLookupMatchModel) {
+TEST(HashTable, IterationOrderAndLookupMatchModel)
+{
     std::mt19937 rng(3);
     std::vector<unsigned int> u;
     std::unordered_map<unsigned int, bool> seen;
     while (u.size() < 5000) {
         unsigned int k = rng() % 100000;
-        if (seen.emplace(k, true).second) u.push_back(k);
+        if (seen.emplace(k, true).second)
+            u.push_back(k);
     }
     checkAgainstModel<unsigned int>(0, std::vector<unsigned int>(u.begin(), u.begin() + 300));  // one bucket
     checkAgainstModel<unsigned int>(1, u);
@@ -161,14 +178,17 @@ TEST(HashTable, IterationOrderAndLookupMatchModel) {
     std::vector<VKey> vk;
     for (unsigned x = 0; x < 16; ++x)
         for (unsigned y = 0; y < 16; ++y)
-            for (unsigned z = 0; z < 8; ++z) vk.emplace_back(x, y, z, 4);
+            for (unsigned z = 0; z < 8; ++z)
+                vk.emplace_back(x, y, z, 4);
     checkAgainstModel<VKey>(1000, vk);
 }
 
-TEST(HashTable, LastBucketIsVisitedAndDistinctFromEnd) {
+TEST(HashTable, LastBucketIsVisitedAndDistinctFromEnd)
+{
     const std::size_t size = 16;
     unsigned int key = 0;
-    while (tDefaultHash<unsigned int>::hash(key) % (size + 1) != size) ++key;
+    while (tDefaultHash<unsigned int>::hash(key) % (size + 1) != size)
+        ++key;
     ox::oxHashTbl<unsigned int, int> table(size);
     table.set(key, 5);
     auto it = table.find(key);
@@ -182,7 +202,8 @@ TEST(HashTable, LastBucketIsVisitedAndDistinctFromEnd) {
     EXPECT_EQ(b, table.end());
 }
 
-TEST(HashTable, CopiesShareChains) {
+TEST(HashTable, CopiesShareChains)
+{
     ox::oxHashTbl<unsigned int, int> a(0);  // one bucket: every key shares one chain
     a.set(1u, 10);
     {
@@ -212,11 +233,13 @@ TEST(HashTable, CopiesShareChains) {
     // the sanitizer build would catch one).
     EXPECT_EQ(a.find(2u).getValue(), 20);
     int n = 0;
-    for (auto it = a.begin(); it != a.end(); ++it) ++n;
+    for (auto it = a.begin(); it != a.end(); ++it)
+        ++n;
     EXPECT_EQ(n, 2);
 }
 
-TEST(HashTable, EdgeKeysOrderTheirEndsAndCompareAsMemory) {
+TEST(HashTable, EdgeKeysOrderTheirEndsAndCompareAsMemory)
+{
     int samples[4] = {0, 1, 2, 3};
     const tEdgeKey ab(&samples[0], &samples[3]), ba(&samples[3], &samples[0]);
     EXPECT_TRUE(ab == ba);

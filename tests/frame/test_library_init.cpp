@@ -4,7 +4,8 @@
 
 #include "oxMeshLib.h"
 
-TEST(LibraryInit, NestedCallsRegisterOnceAndUnregisterOnce) {
+TEST(LibraryInit, NestedCallsRegisterOnceAndUnregisterOnce)
+{
     ASSERT_FALSE(ox::isOxMeshLibraryInitialized());
     ox::initializeOxMeshLibrary();
     EXPECT_TRUE(ox::isOxMeshLibraryInitialized());

@@ -8,7 +8,8 @@
 
 using ox::oxMeshLib::Version;
 
-TEST(Version, NumbersAndFlags) {
+TEST(Version, NumbersAndFlags)
+{
     EXPECT_EQ(Version::GetMajor(), 1u);
     EXPECT_EQ(Version::GetMinor(), 0u);
     EXPECT_EQ(Version::GetRelease(), 0u);
@@ -20,7 +21,8 @@ TEST(Version, NumbersAndFlags) {
     EXPECT_FALSE(Version::IsBeta());
 }
 
-TEST(Version, DescriptionsDoNotDependOnTheFlagAndAreStatic) {
+TEST(Version, DescriptionsDoNotDependOnTheFlagAndAreStatic)
+{
     for (bool flag : {true, false}) {
         EXPECT_STREQ(Version::GetDescStringMajorMinor(flag), "1.0");
         EXPECT_STREQ(Version::GetDescStringMajorMinorRelease(flag), "1.0.0");
@@ -32,9 +34,9 @@ TEST(Version, DescriptionsDoNotDependOnTheFlagAndAreStatic) {
     EXPECT_EQ(Version::GetDescStringMajorMinorReleaseRevisionDate(),
               Version::GetDescStringMajorMinorReleaseRevisionDate());
     // The strings agree with the numbers.
-    const std::string expected = std::to_string(Version::GetMajor()) + "." + std::to_string(Version::GetMinor()) +
-                                 "." + std::to_string(Version::GetRelease()) + "." +
-                                 std::to_string(Version::GetRevision()) + " " + std::to_string(Version::GetYear()) +
-                                 "-" + std::to_string(Version::GetMonth());
+    const std::string expected =
+        std::to_string(Version::GetMajor()) + "." + std::to_string(Version::GetMinor()) + "." +
+        std::to_string(Version::GetRelease()) + "." + std::to_string(Version::GetRevision()) + " " +
+        std::to_string(Version::GetYear()) + "-" + std::to_string(Version::GetMonth());
     EXPECT_EQ(expected, Version::GetDescStringMajorMinorReleaseRevisionDate());
 }

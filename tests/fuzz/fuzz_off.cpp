@@ -14,21 +14,26 @@
 #include "io/Validate.h"
 #include "io/Weld.h"
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    if (size == 0) return 0;
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    if (size == 0)
+        return 0;
     const char* hint = data[0] % 2 == 0 ? "off" : "stl";
     try {
         const oxmesh::SceneData scene = oxmesh::parseAssimpScene(data + 1, size - 1, hint, "fuzz");
         for (const oxmesh::MeshData& mesh : scene.meshes) {
-            if (!oxmesh::hasValidPolygonStarts(mesh)) __builtin_trap();
+            if (!oxmesh::hasValidPolygonStarts(mesh))
+                __builtin_trap();
             for (const std::uint32_t index : mesh.triangles)
-                if (index >= mesh.vertexCount()) __builtin_trap();
+                if (index >= mesh.vertexCount())
+                    __builtin_trap();
         }
         oxmesh::MeshData flat = oxmesh::flattenScene(scene);
         oxmesh::weldByPosition(flat);
         oxmesh::validateMesh(flat, "fuzz");
         const oxmesh::MeshStats stats = oxmesh::computeMeshStats(flat);
-        if (stats.duplicatePositions != 0) __builtin_trap();  // welded: no exact duplicates left
+        if (stats.duplicatePositions != 0)
+            __builtin_trap();  // welded: no exact duplicates left
     } catch (const oxmesh::InputError&) {
     }
     return 0;

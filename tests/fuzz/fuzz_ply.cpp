@@ -6,7 +6,8 @@
 #include <cstddef>
 #include <cstdint>
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
     try {
         const oxmesh::MeshData mesh = oxmesh::parsePly(reinterpret_cast<const char*>(data), size, "fuzz.ply");
         // What the parser returns must be consistent with itself.

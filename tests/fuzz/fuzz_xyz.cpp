@@ -6,9 +6,11 @@
 #include <cstddef>
 #include <cstdint>
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
     try {
-        const oxmesh::MeshData cloud = oxmesh::parseXyz(reinterpret_cast<const char*>(data), size, "fuzz.xyz");
+        const oxmesh::MeshData cloud =
+            oxmesh::parseXyz(reinterpret_cast<const char*>(data), size, "fuzz.xyz");
         if (cloud.positions.empty() || cloud.positions.size() % 3 != 0 || !cloud.triangles.empty() ||
             (cloud.hasNormals() && cloud.normals.size() != cloud.positions.size()))
             __builtin_trap();

@@ -4,11 +4,11 @@
 #include <gtest/gtest.h>
 
 #include <bitset>
-#include <set>
-#include <string>
 #include <cstdint>
 #include <map>
 #include <random>
+#include <set>
+#include <string>
 #include <vector>
 
 #include "mesh_checks.h"
@@ -16,7 +16,8 @@
 
 using ox::oxSurfacePolygonizer;
 
-TEST(PolygonizationTables, SquareTable) {
+TEST(PolygonizationTables, SquareTable)
+{
     const unsigned offsets[17] = {0, 6, 15, 24, 36, 45, 57, 69, 84, 93, 105, 117, 132, 144, 159, 174, 192};
     unsigned count = 99;
     const unsigned* base = oxSurfacePolygonizer::GetSquarePolygonConfiguration(0, count);
@@ -51,7 +52,8 @@ TEST(PolygonizationTables, SquareTable) {
     EXPECT_EQ(sixteen[3 * 7 + 2], 6u) << "216 entries in all";
 }
 
-TEST(PolygonizationTables, TetrahedronTable) {
+TEST(PolygonizationTables, TetrahedronTable)
+{
     const unsigned offsets[16] = {0, 0, 3, 6, 12, 15, 21, 27, 30, 33, 39, 45, 48, 54, 57, 0};
     const unsigned edgeCorners[6][2] = {{0, 1}, {1, 2}, {0, 2}, {0, 3}, {1, 3}, {2, 3}};
     const unsigned corner[4][3] = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
@@ -86,7 +88,9 @@ TEST(PolygonizationTables, TetrahedronTable) {
             const Wm4::Vector3<float> normal = (v[1] - v[0]).Cross(v[2] - v[0]);
             float towardsSet = 0;
             for (unsigned k = 0; k < 4; ++k) {
-                const Wm4::Vector3<float> ck(static_cast<float>(corner[k][0]), static_cast<float>(corner[k][1]), static_cast<float>(corner[k][2]));
+                const Wm4::Vector3<float> ck(static_cast<float>(corner[k][0]),
+                                             static_cast<float>(corner[k][1]),
+                                             static_cast<float>(corner[k][2]));
                 towardsSet += ((c >> k) & 1u ? 1.0f : -1.0f) * normal.Dot(ck - v[0]);
             }
             EXPECT_GT(towardsSet, 0.0f) << "config " << c << " triangle " << f;
@@ -97,20 +101,23 @@ TEST(PolygonizationTables, TetrahedronTable) {
 namespace {
 
 // Position of a library corner number in the published cyclic numbering.
-unsigned publishedCorner(unsigned libraryCorner) {
+unsigned publishedCorner(unsigned libraryCorner)
+{
     const unsigned map[8] = {0, 1, 3, 2, 4, 5, 7, 6};
     return map[libraryCorner];
 }
 
 }  // namespace
 
-TEST(PolygonizationTables, CubeRowsAndEdges) {
+TEST(PolygonizationTables, CubeRowsAndEdges)
+{
     const unsigned stated[24] = {0, 1, 1, 3, 2, 3, 0, 2, 4, 5, 5, 7, 6, 7, 4, 6, 0, 4, 1, 5, 3, 7, 2, 6};
     unsigned count = 0;
     const unsigned* edges = nullptr;
     const unsigned* row0 = oxSurfacePolygonizer::GetCubePolygonConfiguration(0xFF, count, edges);
     EXPECT_EQ(count, 0u);
-    for (int i = 0; i < 24; ++i) EXPECT_EQ(edges[i], stated[i]);
+    for (int i = 0; i < 24; ++i)
+        EXPECT_EQ(edges[i], stated[i]);
     // Published rows 1 and 3, reached through this library's configurations.
     const unsigned* r1 = oxSurfacePolygonizer::GetCubePolygonConfiguration(0xFE, count, edges);
     EXPECT_EQ(count, 1u);
@@ -121,7 +128,8 @@ TEST(PolygonizationTables, CubeRowsAndEdges) {
     const unsigned* r3 = oxSurfacePolygonizer::GetCubePolygonConfiguration(0xFC, count, edges);
     const unsigned row3[7] = {1, 8, 3, 9, 8, 1, 0xFFFFFFFFu};
     EXPECT_EQ(count, 2u);
-    for (int i = 0; i < 7; ++i) EXPECT_EQ(r3[i], row3[i]);
+    for (int i = 0; i < 7; ++i)
+        EXPECT_EQ(r3[i], row3[i]);
     oxSurfacePolygonizer::GetCubePolygonConfiguration(0x00, count, edges);
     EXPECT_EQ(count, 0u);
 
@@ -130,16 +138,19 @@ TEST(PolygonizationTables, CubeRowsAndEdges) {
         // corner's position in the cyclic numbering.
         unsigned expectedRow = 0;
         for (unsigned c = 0; c < 8; ++c)
-            if (!((config >> c) & 1u)) expectedRow |= 1u << publishedCorner(c);
+            if (!((config >> c) & 1u))
+                expectedRow |= 1u << publishedCorner(c);
         const unsigned* row = oxSurfacePolygonizer::GetCubePolygonConfiguration(config, count, edges);
         EXPECT_EQ(unsigned(row - row0), 16 * expectedRow) << config;
         EXPECT_EQ(oxSurfacePolygonizer::GetCubePolygonConfiguration(config | 0x100, count, edges), row)
             << "only the low 8 bits count";
         // Count = triples before the first -1; the rest of the row is -1.
         unsigned n = 0;
-        while (n < 5 && row[3 * n] != 0xFFFFFFFFu) ++n;
+        while (n < 5 && row[3 * n] != 0xFFFFFFFFu)
+            ++n;
         EXPECT_EQ(count, n);
-        for (unsigned i = 3 * n; i < 16; ++i) EXPECT_EQ(row[i], 0xFFFFFFFFu);
+        for (unsigned i = 3 * n; i < 16; ++i)
+            EXPECT_EQ(row[i], 0xFFFFFFFFu);
         // Every triangle vertex lies on an edge whose corners have different signs, and
         // every such edge carries a vertex.
         std::set<unsigned> cut;
@@ -166,7 +177,8 @@ struct tFieldMesh {
     std::vector<Wm4::Vector3<float>> vertices;
 };
 
-tFieldMesh polygonizeField(const std::vector<bool>& positive, unsigned g) {
+tFieldMesh polygonizeField(const std::vector<bool>& positive, unsigned g)
+{
     tFieldMesh mesh;
     std::map<std::pair<unsigned, unsigned>, unsigned> vertexOf;
     auto id = [g](unsigned i, unsigned j, unsigned k) { return (k * g + j) * g + i; };
@@ -176,7 +188,8 @@ tFieldMesh polygonizeField(const std::vector<bool>& positive, unsigned g) {
                 unsigned corners[8], config = 0;
                 for (unsigned c = 0; c < 8; ++c) {
                     corners[c] = id(i + (c & 1), j + ((c >> 1) & 1), k + ((c >> 2) & 1));
-                    if (!positive[corners[c]]) config |= 1u << c;  // the non-positive mask
+                    if (!positive[corners[c]])
+                        config |= 1u << c;  // the non-positive mask
                 }
                 unsigned count;
                 const unsigned* edges;
@@ -198,31 +211,36 @@ tFieldMesh polygonizeField(const std::vector<bool>& positive, unsigned g) {
     return mesh;
 }
 
-void expectClosedInwardSurface(const std::vector<bool>& positive, unsigned g, const std::string& what) {
+void expectClosedInwardSurface(const std::vector<bool>& positive, unsigned g, const std::string& what)
+{
     const tFieldMesh mesh = polygonizeField(positive, g);
     const oxtest::tTopology t = oxtest::checkTopology(mesh.triangles);
-    ASSERT_TRUE(t.closedAndOriented()) << what << ": " << t.badEdges << " bad edges, " << t.degenerate
-                                       << " degenerate";
+    ASSERT_TRUE(t.closedAndOriented())
+        << what << ": " << t.badEdges << " bad edges, " << t.degenerate << " degenerate";
     // Triangles face the positive corners; the positive region is enclosed (the grid
     // boundary is non-positive), so the enclosed volume comes out negative.
-    EXPECT_LT(oxtest::signedVolume(mesh.triangles, [&](unsigned v) { return mesh.vertices[v]; }), 0.0) << what;
+    EXPECT_LT(oxtest::signedVolume(mesh.triangles, [&](unsigned v) { return mesh.vertices[v]; }), 0.0)
+        << what;
 }
 
 }  // namespace
 
-TEST(PolygonizationTables, EveryCubeConfigurationClosesUp) {
+TEST(PolygonizationTables, EveryCubeConfigurationClosesUp)
+{
     // One cube with the configuration inside a 3x3x3-cell grid whose other corners are
     // non-positive: its triangles and those of the 26 neighbours form closed surfaces.
     const unsigned g = 4;
     for (unsigned config = 1; config < 256; ++config) {
         std::vector<bool> positive(g * g * g, false);
         for (unsigned c = 0; c < 8; ++c)
-            if ((config >> c) & 1u) positive[((1 + ((c >> 2) & 1)) * g + 1 + ((c >> 1) & 1)) * g + 1 + (c & 1)] = true;
+            if ((config >> c) & 1u)
+                positive[((1 + ((c >> 2) & 1)) * g + 1 + ((c >> 1) & 1)) * g + 1 + (c & 1)] = true;
         expectClosedInwardSurface(positive, g, "configuration " + std::to_string(config));
     }
 }
 
-TEST(PolygonizationTables, RandomSignFieldsCloseUp) {
+TEST(PolygonizationTables, RandomSignFieldsCloseUp)
+{
     const unsigned g = 7;  // 6 x 6 x 6 cells
     std::mt19937 rng(2024);
     for (int field = 0; field < 300; ++field) {
@@ -230,7 +248,8 @@ TEST(PolygonizationTables, RandomSignFieldsCloseUp) {
         const unsigned threshold = 20 + unsigned(field % 7) * 10;  // 20%..80% positive inside
         for (unsigned k = 1; k + 1 < g; ++k)
             for (unsigned j = 1; j + 1 < g; ++j)
-                for (unsigned i = 1; i + 1 < g; ++i) positive[(k * g + j) * g + i] = rng() % 100 < threshold;
+                for (unsigned i = 1; i + 1 < g; ++i)
+                    positive[(k * g + j) * g + i] = rng() % 100 < threshold;
         expectClosedInwardSurface(positive, g, "field " + std::to_string(field));
     }
 }

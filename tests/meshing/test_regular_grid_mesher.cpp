@@ -37,16 +37,22 @@ class tAnalyticSurface : public ox::oxPointSetSurface {
 public:
     enum Shape { SPHERE, TORUS, CONSTANT, CUT_SPHERE };
     tAnalyticSurface(const ox::oxPointSetQuery* query, Shape shape, float a, float b)
-        : ox::oxPointSetSurface(query), m_shape(shape), m_a(a), m_b(b) {}
-    float computePotential(const V3& x) const override {
+        : ox::oxPointSetSurface(query), m_shape(shape), m_a(a), m_b(b)
+    {}
+    float computePotential(const V3& x) const override
+    {
         ++evaluations[std::make_tuple(x.X(), x.Y(), x.Z())];
         switch (m_shape) {
-            case SPHERE: return x.Length() - m_a;
-            case TORUS: return oxtest::torusDistance(x, m_a, m_b);
-            // The sphere of radius a where x < b; beyond the plane x = b the surface is undefined
-            // (+infinity), as a point-set surface is outside every point's support.
-            case CUT_SPHERE: return x.X() < m_b ? x.Length() - m_a : std::numeric_limits<float>::infinity();
-            default: return m_a;
+        case SPHERE:
+            return x.Length() - m_a;
+        case TORUS:
+            return oxtest::torusDistance(x, m_a, m_b);
+        // The sphere of radius a where x < b; beyond the plane x = b the surface is undefined
+        // (+infinity), as a point-set surface is outside every point's support.
+        case CUT_SPHERE:
+            return x.X() < m_b ? x.Length() - m_a : std::numeric_limits<float>::infinity();
+        default:
+            return m_a;
         }
     }
     V3 computeGradient(const V3&) override { return V3(); }
@@ -62,7 +68,8 @@ private:
 // pads the grid by several cells, as real point radii do: a point in the top cell layer
 // would see its clamped corners coincide.
 constexpr float kSize = 0.2f;
-std::unique_ptr<oxtest::tCloud> seedPoints(const std::vector<V3>& p) {
+std::unique_ptr<oxtest::tCloud> seedPoints(const std::vector<V3>& p)
+{
     return oxtest::makeCloud(p, std::vector<V3>(p.size(), V3(0.0f, 0.0f, 1.0f)), kSize);
 }
 
@@ -72,7 +79,8 @@ struct tMeshResult {
     std::string output;
 };
 
-tMeshResult mesh(const ox::oxPointSetSurface& surface, unsigned depth) {
+tMeshResult mesh(const ox::oxPointSetSurface& surface, unsigned depth)
+{
     ox::oxRegularGridSurfaceMesher mesher(&surface);
     mesher.setDepth(depth);
     ::testing::internal::CaptureStdout();
@@ -81,7 +89,8 @@ tMeshResult mesh(const ox::oxPointSetSurface& surface, unsigned depth) {
     r.output = ::testing::internal::GetCapturedStdout();
     const ox::oxIndexBuffer& ib = *geometry->GetIndexBuffer();
     const ox::oxVertexBuffer& vb = *geometry->GetVertexBuffer();
-    for (int i = 0; i < ib.GetIndexQuantity(); ++i) r.triangles.push_back(ib[i]);
+    for (int i = 0; i < ib.GetIndexQuantity(); ++i)
+        r.triangles.push_back(ib[i]);
     for (int i = 0; i < vb.GetVertexQuantity(); ++i) {
         r.vertices.push_back(vb.Position3(i));
         EXPECT_EQ(vb.Normal3(i), V3(0.0f, 0.0f, 0.0f)) << "normals are not written";
@@ -91,9 +100,13 @@ tMeshResult mesh(const ox::oxPointSetSurface& surface, unsigned depth) {
 
 // The sphere of radius 0.5 at the origin as the analytic surface sees it, with a few
 // points on it (one is enough to seed; growth finds the rest).
-std::vector<V3> fewSpherePoints() { return {V3(0.5f, 0.0f, 0.0f), V3(-0.6f, -0.6f, -0.6f), V3(0.6f, 0.6f, 0.6f)}; }
+std::vector<V3> fewSpherePoints()
+{
+    return {V3(0.5f, 0.0f, 0.0f), V3(-0.6f, -0.6f, -0.6f), V3(0.6f, 0.6f, 0.6f)};
+}
 
-double cellSize(const std::vector<V3>& points, float pointSize, unsigned depth) {
+double cellSize(const std::vector<V3>& points, float pointSize, unsigned depth)
+{
     float lo = 1e9f, hi = -1e9f;
     float extent = 0;
     for (int a = 0; a < 3; ++a) {
@@ -110,7 +123,8 @@ double cellSize(const std::vector<V3>& points, float pointSize, unsigned depth) 
 
 }  // namespace
 
-TEST(RegularGridMesher, AnalyticSphereIsClosedOutwardAndExact) {
+TEST(RegularGridMesher, AnalyticSphereIsClosedOutwardAndExact)
+{
     auto cloud = seedPoints(fewSpherePoints());
     const tAnalyticSurface surface(cloud->query.get(), tAnalyticSurface::SPHERE, 0.5f, 0.0f);
     const tMeshResult r = mesh(surface, kDepth);
@@ -121,9 +135,11 @@ TEST(RegularGridMesher, AnalyticSphereIsClosedOutwardAndExact) {
     const double volume = oxtest::signedVolume(r.triangles, [&](unsigned v) { return r.vertices[v]; });
     EXPECT_NEAR(volume, 4.0 / 3.0 * M_PI * 0.125, 0.02) << "positive: triangles face outwards";
     const double cell = cellSize(fewSpherePoints(), kSize, kDepth);
-    for (const V3& v : r.vertices) EXPECT_NEAR(v.Length(), 0.5f, 0.002 * cell);
+    for (const V3& v : r.vertices)
+        EXPECT_NEAR(v.Length(), 0.5f, 0.002 * cell);
     // Each grid corner, cell centre and bisection point is evaluated once.
-    for (const auto& e : surface.evaluations) ASSERT_EQ(e.second, 1);
+    for (const auto& e : surface.evaluations)
+        ASSERT_EQ(e.second, 1);
     // Messages: iterations numbered from 0, then the two fixed lines.
     EXPECT_EQ(r.output.rfind("iteration :0\n", 0), 0u) << r.output;
     EXPECT_NE(r.output.find("iteration :1\n"), std::string::npos);
@@ -132,7 +148,8 @@ TEST(RegularGridMesher, AnalyticSphereIsClosedOutwardAndExact) {
     EXPECT_EQ(r.output.substr(r.output.size() - tail.size()), tail);
 }
 
-TEST(RegularGridMesher, AnalyticTorusHasGenusOne) {
+TEST(RegularGridMesher, AnalyticTorusHasGenusOne)
+{
     const float R = 0.55f, rr = 0.2f;
     auto cloud = seedPoints({V3(R + rr, 0.0f, 0.0f), V3(-0.8f, -0.8f, 0.3f), V3(0.8f, 0.8f, -0.3f)});
     const tAnalyticSurface surface(cloud->query.get(), tAnalyticSurface::TORUS, R, rr);
@@ -142,10 +159,12 @@ TEST(RegularGridMesher, AnalyticTorusHasGenusOne) {
     EXPECT_EQ(t.euler, 0) << "genus 1";
     const double volume = oxtest::signedVolume(r.triangles, [&](unsigned v) { return r.vertices[v]; });
     EXPECT_NEAR(volume, 2.0 * M_PI * M_PI * R * rr * rr, 0.02);
-    for (const V3& v : r.vertices) EXPECT_NEAR(oxtest::torusDistance(v, R, rr), 0.0f, 2e-4f);
+    for (const V3& v : r.vertices)
+        EXPECT_NEAR(oxtest::torusDistance(v, R, rr), 0.0f, 2e-4f);
 }
 
-TEST(RegularGridMesher, CellsWithAnInfiniteCentreDoNotGrow) {
+TEST(RegularGridMesher, CellsWithAnInfiniteCentreDoNotGrow)
+{
     // Grid: the points' cube is [-0.8, 0.8]^3, 32 cells of 0.05 per axis, so the cells cut by
     // the plane x = b span [0.2, 0.25] with their centres at x = 0.225. Where the sphere is cut
     // off, the surface continues as a wall x = b between its negative inside and +infinity.
@@ -167,19 +186,24 @@ TEST(RegularGridMesher, CellsWithAnInfiniteCentreDoNotGrow) {
     ASSERT_GT(open.triangles.size(), 300u);
     std::map<std::pair<unsigned, unsigned>, int> directed;
     for (std::size_t f = 0; f < open.triangles.size(); f += 3)
-        for (int e = 0; e < 3; ++e) ++directed[{open.triangles[f + e], open.triangles[f + (e + 1) % 3]}];
+        for (int e = 0; e < 3; ++e)
+            ++directed[{open.triangles[f + e], open.triangles[f + (e + 1) % 3]}];
     std::size_t unmatched = 0;
     for (const auto& d : directed) {
         EXPECT_EQ(d.second, 1);
-        if (directed.count({d.first.second, d.first.first})) continue;
+        if (directed.count({d.first.second, d.first.first}))
+            continue;
         ++unmatched;
-        for (unsigned v : {d.first.first, d.first.second}) EXPECT_GE(open.vertices[v].X(), 0.2f - 1e-5f);
+        for (unsigned v : {d.first.first, d.first.second})
+            EXPECT_GE(open.vertices[v].X(), 0.2f - 1e-5f);
     }
     EXPECT_GT(unmatched, 0u);
-    for (const auto& e : before.evaluations) ASSERT_EQ(e.second, 1);
+    for (const auto& e : before.evaluations)
+        ASSERT_EQ(e.second, 1);
 }
 
-TEST(RegularGridMesher, ConstantFieldsGiveNoTriangles) {
+TEST(RegularGridMesher, ConstantFieldsGiveNoTriangles)
+{
     auto cloud = seedPoints(fewSpherePoints());
     for (float value : {1.0f, -1.0f}) {
         const tAnalyticSurface surface(cloud->query.get(), tAnalyticSurface::CONSTANT, value, 0.0f);
@@ -197,7 +221,8 @@ namespace {
 // Reconstructs a sampled cloud through a point-set surface and checks the result
 // against the analytic distance; returns the largest vertex error in cell units.
 template <class Surface, class Distance>
-double reconstruct(const oxtest::tCloud& cloud, const Distance& distance, long euler, double tolerance) {
+double reconstruct(const oxtest::tCloud& cloud, const Distance& distance, long euler, double tolerance)
+{
     const Surface surface(cloud.query.get());
     const ox::oxVertexBuffer& pts = *cloud.query->getVertices();
     std::vector<V3> p;
@@ -213,14 +238,16 @@ double reconstruct(const oxtest::tCloud& cloud, const Distance& distance, long e
     EXPECT_GT(oxtest::signedVolume(r.triangles, [&](unsigned v) { return r.vertices[v]; }), 0.0);
     double worst = 0;
     const double cell = cellSize(p, 0.0f, kDepth);  // lower bound of the true cell size
-    for (const V3& v : r.vertices) worst = std::max(worst, std::fabs(distance(v)) / cell);
+    for (const V3& v : r.vertices)
+        worst = std::max(worst, std::fabs(distance(v)) / cell);
     EXPECT_LT(worst, tolerance);
     return worst;
 }
 
 }  // namespace
 
-TEST(RegularGridMesher, SampledSphereAndTorusThroughBothSurfaces) {
+TEST(RegularGridMesher, SampledSphereAndTorusThroughBothSurfaces)
+{
     auto sphere = oxtest::sphereCloud(6000, V3(0.0f, 0.0f, 0.0f), 0.5f);
     auto sphereDistance = [](const V3& v) { return v.Length() - 0.5f; };
     const float R = 0.6f, rr = 0.25f;
@@ -237,26 +264,31 @@ TEST(RegularGridMesher, SampledSphereAndTorusThroughBothSurfaces) {
 namespace {
 
 // Closedness of the analytic sphere meshed at `depth` in this process.
-bool sphereClosedAt(unsigned depth, std::size_t* triangles = nullptr) {
+bool sphereClosedAt(unsigned depth, std::size_t* triangles = nullptr)
+{
     auto cloud = seedPoints(fewSpherePoints());
     const tAnalyticSurface surface(cloud->query.get(), tAnalyticSurface::SPHERE, 0.5f, 0.0f);
     const tMeshResult r = mesh(surface, depth);
-    if (triangles) *triangles = r.triangles.size();
+    if (triangles)
+        *triangles = r.triangles.size();
     return oxtest::checkTopology(r.triangles).closedAndOriented();
 }
 
 // A small sphere far inside a large cube: cheap even at depth 10.
-std::size_t smallSphereTriangles(unsigned depth) {
+std::size_t smallSphereTriangles(unsigned depth)
+{
     auto cloud = seedPoints({V3(0.02f, 0.0f, 0.0f), V3(-1.0f, -1.0f, -1.0f), V3(1.0f, 1.0f, 1.0f)});
     const tAnalyticSurface surface(cloud->query.get(), tAnalyticSurface::SPHERE, 0.02f, 0.0f);
     const tMeshResult r = mesh(surface, depth);
-    if (!oxtest::checkTopology(r.triangles).closedAndOriented()) return 0;
+    if (!oxtest::checkTopology(r.triangles).closedAndOriented())
+        return 0;
     return r.triangles.size();
 }
 
 }  // namespace
 
-TEST(RegularGridMesherFreshProcess, DepthIsClampedToOneAndTen) {
+TEST(RegularGridMesherFreshProcess, DepthIsClampedToOneAndTen)
+{
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(
         {
@@ -267,13 +299,15 @@ TEST(RegularGridMesherFreshProcess, DepthIsClampedToOneAndTen) {
     EXPECT_EXIT(
         {
             const std::size_t ten = smallSphereTriangles(10);
-            const bool same = ten > 1000 && smallSphereTriangles(11) == ten && smallSphereTriangles(40) == ten;
+            const bool same =
+                ten > 1000 && smallSphereTriangles(11) == ten && smallSphereTriangles(40) == ten;
             std::exit(same ? 0 : 1);
         },
         ::testing::ExitedWithCode(0), "");
 }
 
-TEST(RegularGridMesherFreshProcess, FaceTablesComeFromTheFirstCall) {
+TEST(RegularGridMesherFreshProcess, FaceTablesComeFromTheFirstCall)
+{
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     // Alone, depth 4 gives a closed sphere.
     EXPECT_EXIT(std::exit(sphereClosedAt(4) ? 0 : 1), ::testing::ExitedWithCode(0), "");

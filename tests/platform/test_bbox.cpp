@@ -14,8 +14,7 @@ using ox::oxBBox;
 using Wm4::Vector3f;
 using Wm4::Vector4f;
 
-namespace
-{
+namespace {
 
 const float kfMax = Wm4::Math<float>::MAX_REAL;
 const float kfInf = std::numeric_limits<float>::infinity();
@@ -26,8 +25,7 @@ oxBBox RandomIntegerBox(std::mt19937& rkRng, bool bAllowInverted)
 {
     std::uniform_int_distribution<int> kCoord(0, 4), kCoin(0, 9);
     Vector3f kMin, kMax;
-    for (int i = 0; i < 3; ++i)
-    {
+    for (int i = 0; i < 3; ++i) {
         int a = kCoord(rkRng), b = kCoord(rkRng);
         if (a > b && !(bAllowInverted && kCoin(rkRng) == 0))
             std::swap(a, b);
@@ -41,8 +39,7 @@ oxBBox RandomFloatBox(std::mt19937& rkRng)
 {
     std::uniform_real_distribution<float> kCentre(-3.0f, 3.0f), kSide(0.1f, 3.0f);
     Vector3f kMin, kMax;
-    for (int i = 0; i < 3; ++i)
-    {
+    for (int i = 0; i < 3; ++i) {
         kMin[i] = kCentre(rkRng);
         kMax[i] = kMin[i] + kSide(rkRng);
     }
@@ -59,8 +56,7 @@ Vector3f RandomPoint(std::mt19937& rkRng, float fRange)
 // shrinks the box, < 0 grows it).
 bool InsideBy(const oxBBox& rkBox, const Vector3f& rkP, float fMargin, bool bStrict)
 {
-    for (int i = 0; i < 3; ++i)
-    {
+    for (int i = 0; i < 3; ++i) {
         const float fLo = rkBox.getMin()[i] + fMargin, fHi = rkBox.getMax()[i] - fMargin;
         if (bStrict ? !(fLo < rkP[i] && rkP[i] < fHi) : !(fLo <= rkP[i] && rkP[i] <= fHi))
             return false;
@@ -81,19 +77,16 @@ double FeatureDistance2(const oxBBox& rkBox, const Vector3f& rkP)
     double fBest = std::numeric_limits<double>::infinity();
     // Faces: the projection onto the face plane lies inside the face.
     for (int i = 0; i < 3; ++i)
-        for (double fPlane : {afLo[i], afHi[i]})
-        {
+        for (double fPlane : {afLo[i], afHi[i]}) {
             const int j = (i + 1) % 3, k = (i + 2) % 3;
             if (InRange(j) && InRange(k))
                 fBest = std::min(fBest, (afP[i] - fPlane) * (afP[i] - fPlane));
         }
     // Edges: segments parallel to axis i, the projection parameter clamped.
-    for (int i = 0; i < 3; ++i)
-    {
+    for (int i = 0; i < 3; ++i) {
         const int j = (i + 1) % 3, k = (i + 2) % 3;
         for (double fJ : {afLo[j], afHi[j]})
-            for (double fK : {afLo[k], afHi[k]})
-            {
+            for (double fK : {afLo[k], afHi[k]}) {
                 const double fT = std::min(std::max(afP[i], afLo[i]), afHi[i]);
                 const double d2 = (afP[i] - fT) * (afP[i] - fT) + (afP[j] - fJ) * (afP[j] - fJ) +
                                   (afP[k] - fK) * (afP[k] - fK);
@@ -107,31 +100,27 @@ double FeatureDistance2(const oxBBox& rkBox, const Vector3f& rkP)
 // six face planes of the box grown by fGrow (inclusive), in double.
 bool ClippedTriangleNonEmpty(const oxBBox& rkBox, const Vector3f akTri[3], double fGrow)
 {
-    struct P
-    {
+    struct P {
         double v[3];
     };
     std::vector<P> kPoly;
     for (int k = 0; k < 3; ++k)
         kPoly.push_back({{akTri[k][0], akTri[k][1], akTri[k][2]}});
     for (int i = 0; i < 3 && !kPoly.empty(); ++i)
-        for (int iSide = 0; iSide < 2 && !kPoly.empty(); ++iSide)
-        {
+        for (int iSide = 0; iSide < 2 && !kPoly.empty(); ++iSide) {
             // Signed "inside" distance: >= 0 is kept.
             auto Inside = [&](const P& rkP) {
                 return iSide == 0 ? rkP.v[i] - (rkBox.getMin()[i] - fGrow)
                                   : (rkBox.getMax()[i] + fGrow) - rkP.v[i];
             };
             std::vector<P> kOut;
-            for (size_t n = 0; n < kPoly.size(); ++n)
-            {
+            for (size_t n = 0; n < kPoly.size(); ++n) {
                 const P& rkA = kPoly[n];
                 const P& rkB = kPoly[(n + 1) % kPoly.size()];
                 const double fA = Inside(rkA), fB = Inside(rkB);
                 if (fA >= 0.0)
                     kOut.push_back(rkA);
-                if ((fA >= 0.0) != (fB >= 0.0))
-                {
+                if ((fA >= 0.0) != (fB >= 0.0)) {
                     const double fT = fA / (fA - fB);
                     P kX;
                     for (int c = 0; c < 3; ++c)
@@ -144,7 +133,7 @@ bool ClippedTriangleNonEmpty(const oxBBox& rkBox, const Vector3f akTri[3], doubl
     return !kPoly.empty();
 }
 
-} // namespace
+}  // namespace
 
 TEST(oxBBox, ConstructionGrowthAndUnion)
 {
@@ -173,12 +162,10 @@ TEST(oxBBox, ConstructionGrowthAndUnion)
     std::mt19937 kRng(5);
     oxBBox kBounds;
     Vector3f kLo(kfInf, kfInf, kfInf), kHi(-kfInf, -kfInf, -kfInf);
-    for (int n = 0; n < 100; ++n)
-    {
+    for (int n = 0; n < 100; ++n) {
         const Vector3f kP = RandomPoint(kRng, 10.0f);
         kBounds.selfExpand(kP);
-        for (int i = 0; i < 3; ++i)
-        {
+        for (int i = 0; i < 3; ++i) {
             kLo[i] = std::min(kLo[i], kP[i]);
             kHi[i] = std::max(kHi[i], kP[i]);
         }
@@ -195,7 +182,7 @@ TEST(oxBBox, ConstructionGrowthAndUnion)
     const oxBBox kU = kA.bboxUnion(kB);
     EXPECT_EQ(kU.getMin(), Vector3f(0, -1, -3));
     EXPECT_EQ(kU.getMax(), Vector3f(4, 6, 0));
-    EXPECT_EQ(kA.getMin(), Vector3f(0, 5, -1)); // bboxUnion leaves the operands unchanged
+    EXPECT_EQ(kA.getMin(), Vector3f(0, 5, -1));  // bboxUnion leaves the operands unchanged
     oxBBox kSelf = kEmpty;
     kSelf.selfUnion(kA);
     EXPECT_EQ(kSelf.getMin(), kA.getMin());
@@ -209,18 +196,16 @@ TEST(oxBBox, BoxOverlapMatchesCommonGridPoints)
     // steps decides both questions exactly.
     std::mt19937 kRng(11);
     int iInclusive = 0, iStrict = 0;
-    for (int iTrial = 0; iTrial < 3000; ++iTrial)
-    {
+    for (int iTrial = 0; iTrial < 3000; ++iTrial) {
         const oxBBox kA = RandomIntegerBox(kRng, true), kB = RandomIntegerBox(kRng, true);
         bool bCommon = false, bStrictCommon = false;
         for (int x = 0; x <= 8; ++x)
             for (int y = 0; y <= 8; ++y)
-                for (int z = 0; z <= 8; ++z)
-                {
+                for (int z = 0; z <= 8; ++z) {
                     const Vector3f kP(0.5f * x, 0.5f * y, 0.5f * z);
                     bCommon = bCommon || (InsideBy(kA, kP, 0.0f, false) && InsideBy(kB, kP, 0.0f, false));
-                    bStrictCommon = bStrictCommon ||
-                                    (InsideBy(kA, kP, 0.0f, true) && InsideBy(kB, kP, 0.0f, true));
+                    bStrictCommon =
+                        bStrictCommon || (InsideBy(kA, kP, 0.0f, true) && InsideBy(kB, kP, 0.0f, true));
                 }
         EXPECT_EQ(kA.overlaps(kB), bCommon);
         EXPECT_EQ(kB.overlaps(kA), bCommon);
@@ -279,8 +264,7 @@ TEST(oxBBox, SphereOverlapMatchesNearestFeatureDistance)
     std::mt19937 kRng(17);
     std::uniform_real_distribution<double> kFactor(0.5, 1.5);
     int iHits = 0;
-    for (int iTrial = 0; iTrial < 5000; ++iTrial)
-    {
+    for (int iTrial = 0; iTrial < 5000; ++iTrial) {
         const oxBBox kBox = RandomFloatBox(kRng);
         const Vector3f kC = RandomPoint(kRng, 6.0f);
         const double fD2 = FeatureDistance2(kBox, kC);
@@ -317,16 +301,14 @@ TEST(oxBBox, PlaneOverlapMatchesCornerSigns)
     std::mt19937 kRng(23);
     std::uniform_real_distribution<float> kOffset(-6.0f, 6.0f);
     int iHits = 0;
-    for (int iTrial = 0; iTrial < 5000; ++iTrial)
-    {
+    for (int iTrial = 0; iTrial < 5000; ++iTrial) {
         const oxBBox kBox = RandomFloatBox(kRng);
         Vector3f kN = RandomPoint(kRng, 1.0f);
         if (iTrial % 5 == 0)
-            kN[iTrial % 3] = 0.0f; // planes parallel to an axis
+            kN[iTrial % 3] = 0.0f;  // planes parallel to an axis
         const float fOffset = kOffset(kRng);
         float fLow = kfInf, fHigh = -kfInf;
-        for (int k = 0; k < 8; ++k)
-        {
+        for (int k = 0; k < 8; ++k) {
             const Vector3f kCorner((k & 1) ? kBox.getMax()[0] : kBox.getMin()[0],
                                    (k & 2) ? kBox.getMax()[1] : kBox.getMin()[1],
                                    (k & 4) ? kBox.getMax()[2] : kBox.getMin()[2]);
@@ -355,8 +337,7 @@ TEST(oxBBox, TriangleOverlapMatchesPolygonClipping)
 {
     std::mt19937 kRng(29);
     int iHits = 0, iDecided = 0;
-    for (int iTrial = 0; iTrial < 20000; ++iTrial)
-    {
+    for (int iTrial = 0; iTrial < 20000; ++iTrial) {
         const oxBBox kBox = RandomFloatBox(kRng);
         Vector3f akTri[3];
         const Vector3f kAnchor = kBox.getCenter() + RandomPoint(kRng, 2.5f);
@@ -367,8 +348,7 @@ TEST(oxBBox, TriangleOverlapMatchesPolygonClipping)
         // box agree, so rounding in the clipping cannot matter.
         const bool bShrunk = ClippedTriangleNonEmpty(kBox, akTri, -1e-4);
         const bool bGrown = ClippedTriangleNonEmpty(kBox, akTri, 1e-4);
-        if (bShrunk == bGrown)
-        {
+        if (bShrunk == bGrown) {
             EXPECT_EQ(bResult, bShrunk) << "trial " << iTrial;
             ++iDecided;
             iHits += bShrunk;
@@ -376,14 +356,12 @@ TEST(oxBBox, TriangleOverlapMatchesPolygonClipping)
         // Dense barycentric samples: any sample inside forces an overlap.
         bool bSampleInside = false;
         for (int u = 0; u <= 12 && !bSampleInside; ++u)
-            for (int v = 0; u + v <= 12 && !bSampleInside; ++v)
-            {
+            for (int v = 0; u + v <= 12 && !bSampleInside; ++v) {
                 const float fU = u / 12.0f, fV = v / 12.0f;
                 const Vector3f kP = akTri[0] * (1.0f - fU - fV) + akTri[1] * fU + akTri[2] * fV;
                 bSampleInside = InsideBy(kBox, kP, 1e-5f, false);
             }
-        if (bSampleInside)
-        {
+        if (bSampleInside) {
             EXPECT_TRUE(bResult) << "trial " << iTrial;
         }
     }
@@ -400,7 +378,8 @@ TEST(oxBBox, TriangleContactAndEdgeAxisCases)
     EXPECT_FALSE(kUnit.overlapsTriangle(Vector3f(1.001f, 0, 0), Vector3f(3, 1, 0), Vector3f(3, -1, 0)));
     EXPECT_TRUE(kUnit.overlapsTriangle(Vector3f(1, 1, -3), Vector3f(1, 1, 3), Vector3f(4, 4, 0)));
     EXPECT_TRUE(kUnit.overlapsTriangle(Vector3f(-3, -3, 1), Vector3f(3, -3, 1), Vector3f(0, 3, 1)));
-    EXPECT_FALSE(kUnit.overlapsTriangle(Vector3f(-3, -3, 1.01f), Vector3f(3, -3, 1.01f), Vector3f(0, 3, 1.01f)));
+    EXPECT_FALSE(
+        kUnit.overlapsTriangle(Vector3f(-3, -3, 1.01f), Vector3f(3, -3, 1.01f), Vector3f(0, 3, 1.01f)));
     // A triangle enclosing the box's cross-section and one inside the box.
     EXPECT_TRUE(kUnit.overlapsTriangle(Vector3f(-9, -9, 0), Vector3f(9, -9, 0), Vector3f(0, 9, 0)));
     EXPECT_TRUE(kUnit.overlapsTriangle(Vector3f(0, 0, 0), Vector3f(0.1f, 0, 0), Vector3f(0, 0.1f, 0)));
@@ -432,44 +411,37 @@ TEST(oxBBox, RayClippingMatchesDenseSampling)
     const float fT0 = -2.0f, fT1 = 6.0f;
     const int iSamples = 4000;
     int iHits = 0;
-    for (int iTrial = 0; iTrial < 2000; ++iTrial)
-    {
+    for (int iTrial = 0; iTrial < 2000; ++iTrial) {
         const oxBBox kBox = RandomFloatBox(kRng);
         const Vector3f kO = RandomPoint(kRng, 5.0f);
         // Aimed near the box so that hits, misses and grazes all occur.
         Vector3f kD = (kBox.getCenter() + RandomPoint(kRng, 2.0f) - kO) * 0.5f;
         const int iZero = kZeroAxis(kRng);
         if (iZero < 3)
-            kD[iZero] = 0.0f; // parallel to a slab
+            kD[iZero] = 0.0f;  // parallel to a slab
         float fEnter = fT0, fExit = fT1;
         const bool bHit = kBox.intersectRay(kO, kD, fEnter, fExit);
 
         const float fTol = 1e-4f;
         bool bAnyInside = false;
-        for (int s = 0; s <= iSamples; ++s)
-        {
+        for (int s = 0; s <= iSamples; ++s) {
             const float fT = fT0 + (fT1 - fT0) * s / iSamples;
             const Vector3f kP = kO + kD * fT;
-            if (InsideBy(kBox, kP, fTol, false))
-            {
+            if (InsideBy(kBox, kP, fTol, false)) {
                 bAnyInside = true;
-                if (bHit)
-                {
+                if (bHit) {
                     EXPECT_GE(fT, fEnter - fTol);
                     EXPECT_LE(fT, fExit + fTol);
                 }
             }
-            if (bHit && fT >= fEnter && fT <= fExit)
-            {
+            if (bHit && fT >= fEnter && fT <= fExit) {
                 EXPECT_TRUE(InsideBy(kBox, kP, -fTol, false)) << "t " << fT;
             }
         }
-        if (bAnyInside)
-        {
+        if (bAnyInside) {
             EXPECT_TRUE(bHit) << "trial " << iTrial;
         }
-        if (bHit)
-        {
+        if (bHit) {
             EXPECT_GE(fEnter, fT0);
             EXPECT_LE(fExit, fT1);
             EXPECT_LE(fEnter, fExit);
@@ -537,8 +509,7 @@ TEST(oxBBox, RayEdgeCases)
 
     // Inverted and empty boxes are never hit.
     const oxBBox kInverted(Vector3f(1, 1, 1), Vector3f(-1, -1, -1));
-    for (const Vector3f& rkD : {Vector3f(1, 0, 0), Vector3f(-1, 0.5f, 0.25f), Vector3f(0, 0, 0)})
-    {
+    for (const Vector3f& rkD : {Vector3f(1, 0, 0), Vector3f(-1, 0.5f, 0.25f), Vector3f(0, 0, 0)}) {
         fEnter = -kfMax;
         fExit = kfMax;
         EXPECT_FALSE(kInverted.intersectRay(Vector3f(0, 0, 0), rkD, fEnter, fExit));
@@ -552,16 +523,14 @@ TEST(oxBBox, ProjectionAndMeasures)
 {
     const oxBBox kBox(Vector3f(-1, 0, 2), Vector3f(3, 1, 4));
     std::mt19937 kRng(37);
-    for (int iTrial = 0; iTrial < 500; ++iTrial)
-    {
+    for (int iTrial = 0; iTrial < 500; ++iTrial) {
         const Vector3f kP = RandomPoint(kRng, 6.0f);
         const Vector3f kQ = kBox.projectOntoBBox(kP);
         EXPECT_TRUE(kBox.contains(kQ));
         // The projection is the nearest box point: its squared distance is the
         // nearest-feature distance.
         EXPECT_NEAR((kP - kQ).SquaredLength(), FeatureDistance2(kBox, kP), 1e-4);
-        if (kBox.contains(kP))
-        {
+        if (kBox.contains(kP)) {
             EXPECT_EQ(kQ, kP);
         }
         const Vector4f kQ4 = kBox.projectOntoBBox(Vector4f(kP.X(), kP.Y(), kP.Z(), 7.5f));

@@ -137,7 +137,8 @@ TEST(SceneGraphVertexBuffer, StrideAndChannelAliasing)
         ASSERT_EQ(vb.GetChannelQuantity(), stride);
         ASSERT_EQ(vb.GetVertexQuantity(), 5);
         // Records are contiguous: the position of vertex 1 is one stride after vertex 0.
-        EXPECT_EQ(static_cast<const float*>(vb.Position3(1)) - static_cast<const float*>(vb.Position3(0)), stride);
+        EXPECT_EQ(static_cast<const float*>(vb.Position3(1)) - static_cast<const float*>(vb.Position3(0)),
+                  stride);
         EXPECT_EQ(static_cast<const float*>(vb.Position3(0)), vb.GetData());
         EXPECT_EQ(vb.GetVertexData(3), vb.GetData() + 3 * stride);
 
@@ -160,7 +161,7 @@ TEST(SceneGraphVertexBuffer, StrideAndChannelAliasing)
     vb.Color4(0, 2) = Wm4::ColorRGBA(0.5f, 0.6f, 0.7f, 0.8f);
     EXPECT_EQ(vb.GetData()[44 + 6], 0.5f);
     EXPECT_EQ(vb.GetData()[44 + 9], 0.8f);
-    vb.GetData()[22 + 15 + 2] = 9.0f; // tcoord 3, third channel, vertex 1
+    vb.GetData()[22 + 15 + 2] = 9.0f;  // tcoord 3, third channel, vertex 1
     EXPECT_EQ(vb.TCoord3(3, 1).Z(), 9.0f);
     vb.TCoord2(0, 0) = Wm4::Vector2<float>(4.0f, 5.0f);
     EXPECT_EQ(vb.GetData()[14], 5.0f);
@@ -228,7 +229,8 @@ TEST(SceneGraphVertexBuffer, PersistenceEqualsAndClone)
 
     // Every truncation of the saved bytes fails to load.
     for (std::size_t size = 0; size < out.getBuffer().size(); size += 7) {
-        std::vector<unsigned char> part(out.getBuffer().begin(), out.getBuffer().begin() + static_cast<long>(size));
+        std::vector<unsigned char> part(out.getBuffer().begin(),
+                                        out.getBuffer().begin() + static_cast<long>(size));
         oxBaseStream shortStream = oxBaseStream::openMemoryRead(part);
         oxVertexBuffer target;
         EXPECT_FALSE(target.Load(shortStream)) << size;
@@ -267,4 +269,4 @@ TEST(SceneGraphIndexBuffer, IndicesResizeAndPersistence)
     EXPECT_FALSE(ib->Equals(&loaded));
 }
 
-} // namespace
+}  // namespace

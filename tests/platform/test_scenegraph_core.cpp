@@ -48,7 +48,8 @@ TEST(SceneGraphRtti, TypeChainOfTheSceneClasses)
     oxPointer<oxGeometry> geometry(new oxGeometry());
     EXPECT_TRUE(geometry->IsExactly(oxGeometry::TYPE));
     EXPECT_FALSE(geometry->IsExactly(oxTriMesh::TYPE));
-    for (const oxRtti* type : {&oxGeometry::TYPE, &oxTriMesh::TYPE, &oxTriangles::TYPE, &oxSpatial::TYPE, &oxObject::TYPE}) {
+    for (const oxRtti* type :
+         {&oxGeometry::TYPE, &oxTriMesh::TYPE, &oxTriangles::TYPE, &oxSpatial::TYPE, &oxObject::TYPE}) {
         EXPECT_TRUE(geometry->IsDerived(*type)) << type->GetName();
     }
     EXPECT_FALSE(geometry->IsDerived(oxNode::TYPE));
@@ -81,7 +82,8 @@ TEST(SceneGraphRtti, TypeChainOfTheSceneClasses)
 TEST(SceneGraphRtti, DynamicCastFollowsTheChain)
 {
     oxPointer<oxSpatial> spatial(new oxGeometry());
-    EXPECT_EQ(oxDynamicCast<oxTriMesh>(spatial.get()), static_cast<oxTriMesh*>(static_cast<oxGeometry*>(spatial.get())));
+    EXPECT_EQ(oxDynamicCast<oxTriMesh>(spatial.get()),
+              static_cast<oxTriMesh*>(static_cast<oxGeometry*>(spatial.get())));
     EXPECT_NE(oxDynamicCast<oxGeometry>(spatial.get()), nullptr);
     EXPECT_EQ(oxDynamicCast<oxNode>(spatial.get()), nullptr);
     EXPECT_EQ(oxDynamicCast<oxNode>(static_cast<oxRttiInterface*>(nullptr)), nullptr);
@@ -89,8 +91,14 @@ TEST(SceneGraphRtti, DynamicCastFollowsTheChain)
     EXPECT_NE(oxDynamicCast<oxTriangles>(constSpatial), nullptr);
 }
 
-oxObject* makeCounted(oxBaseStream&) { return new CountedObject(); }
-oxObject* makeDerived(oxBaseStream&) { return new DerivedCounted(); }
+oxObject* makeCounted(oxBaseStream&)
+{
+    return new CountedObject();
+}
+oxObject* makeDerived(oxBaseStream&)
+{
+    return new DerivedCounted();
+}
 
 TEST(SceneGraphRtti, FactoryTableRegisterReplaceUnregister)
 {
@@ -143,9 +151,9 @@ TEST(SceneGraphReferences, PointerCopiesShareOneCountAndReleaseDeletesOnce)
         EXPECT_EQ(raw->GetReferences(), 1);
         {
             oxPointer<CountedObject> b(a);
-            oxPointer<oxObject> c = b; // converting copy
+            oxPointer<oxObject> c = b;  // converting copy
             EXPECT_EQ(raw->GetReferences(), 3);
-            oxPointer<oxObject> d(std::move(c)); // move transfers, no new reference
+            oxPointer<oxObject> d(std::move(c));  // move transfers, no new reference
             EXPECT_EQ(raw->GetReferences(), 3);
             EXPECT_FALSE(c);
             EXPECT_TRUE(d == raw);
@@ -156,7 +164,7 @@ TEST(SceneGraphReferences, PointerCopiesShareOneCountAndReleaseDeletesOnce)
         EXPECT_EQ(raw->GetReferences(), 1);
         EXPECT_EQ(destroyed, 0);
         oxPointer<CountedObject>& alias = a;
-        a = alias; // self assignment keeps the object
+        a = alias;  // self assignment keeps the object
         EXPECT_EQ(destroyed, 0);
         EXPECT_EQ(raw->GetReferences(), 1);
     }
@@ -168,7 +176,7 @@ TEST(SceneGraphReferences, ResetAssignAndRelease)
     int destroyedA = 0;
     int destroyedB = 0;
     oxPointer<CountedObject> p(new CountedObject(&destroyedA));
-    p = new CountedObject(&destroyedB); // the first object loses its only reference
+    p = new CountedObject(&destroyedB);  // the first object loses its only reference
     EXPECT_EQ(destroyedA, 1);
     EXPECT_EQ(destroyedB, 0);
 
@@ -224,4 +232,4 @@ TEST(SceneGraphReferences, CloneIntoAnUnrelatedTargetFails)
     EXPECT_TRUE(mesh->Clone(target));
 }
 
-} // namespace
+}  // namespace

@@ -27,7 +27,10 @@ Bytes readFile(const std::string& path)
     return Bytes(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
 }
 
-Bytes bytesOf(const std::string& text) { return Bytes(text.begin(), text.end()); }
+Bytes bytesOf(const std::string& text)
+{
+    return Bytes(text.begin(), text.end());
+}
 
 Bytes concat(Bytes a, const Bytes& b)
 {
@@ -92,7 +95,8 @@ public:
 float floatAt(const Bytes& bytes, std::size_t offset)
 {
     const std::uint32_t bits = std::uint32_t(bytes[offset]) | std::uint32_t(bytes[offset + 1]) << 8 |
-                               std::uint32_t(bytes[offset + 2]) << 16 | std::uint32_t(bytes[offset + 3]) << 24;
+                               std::uint32_t(bytes[offset + 2]) << 16 |
+                               std::uint32_t(bytes[offset + 3]) << 24;
     float value = 0.0f;
     std::memcpy(&value, &bits, sizeof(value));
     return value;
@@ -146,11 +150,11 @@ TEST(SceneGraphMeshManager, WritesBinaryLittleEndianPly)
     EXPECT_EQ(floatAt(file, vertex2), 2.0f);
     EXPECT_EQ(floatAt(file, vertex2 + 4), 4.0f);
     EXPECT_EQ(floatAt(file, vertex2 + 8), -1.0f);
-    EXPECT_EQ(floatAt(file, vertex2 + 20), 1.0f); // nz
-    EXPECT_EQ(file[vertex2 + 24], 255);             // red 1.0
-    EXPECT_EQ(file[vertex2 + 25], 128);             // green 0.5
-    EXPECT_EQ(file[vertex2 + 26], 255);             // blue 1.0
-    EXPECT_EQ(file[body + 26], 0);                  // vertex 0 blue -1 clamped
+    EXPECT_EQ(floatAt(file, vertex2 + 20), 1.0f);  // nz
+    EXPECT_EQ(file[vertex2 + 24], 255);            // red 1.0
+    EXPECT_EQ(file[vertex2 + 25], 128);            // green 0.5
+    EXPECT_EQ(file[vertex2 + 26], 255);            // blue 1.0
+    EXPECT_EQ(file[body + 26], 0);                 // vertex 0 blue -1 clamped
     const std::size_t face = body + 3 * record;
     EXPECT_EQ(file[face], 3);
     EXPECT_EQ(Bytes(file.begin() + static_cast<long>(face) + 1, file.end()),
@@ -177,7 +181,8 @@ TEST(SceneGraphMeshManager, NodesAreMergedAndUnsupportedObjectsRefused)
     RecordingNotifier notifier;
     EXPECT_FALSE(oxMeshManager::saveMesh(notAMesh.get(), path, &notifier, 0));
     EXPECT_FALSE(oxMeshManager::saveMesh(nullptr, path, nullptr, 0));
-    EXPECT_FALSE(oxMeshManager::saveMesh(root.get(), ::testing::TempDir() + "ox_missing_dir/x.ply", nullptr, 0));
+    EXPECT_FALSE(
+        oxMeshManager::saveMesh(root.get(), ::testing::TempDir() + "ox_missing_dir/x.ply", nullptr, 0));
 
     // Objects not held by any pointer (reference count 0) survive the dump untouched.
     const oxPointer<oxGeometry> source = makeTriangle(0.0f);
@@ -189,8 +194,8 @@ TEST(SceneGraphMeshManager, NodesAreMergedAndUnsupportedObjectsRefused)
     ASSERT_TRUE(oxMeshManager::saveMesh(looseNode, path, nullptr, 0));
     EXPECT_EQ(looseNode->GetReferences(), 0);
     EXPECT_EQ(loose->GetReferences(), 1);
-    delete looseNode; // releases the child too
+    delete looseNode;  // releases the child too
     std::remove(path.c_str());
 }
 
-} // namespace
+}  // namespace

@@ -55,7 +55,8 @@ int checkClosedAndOriented(const oxTriMesh& mesh)
     for (const auto& entry : directed) {
         EXPECT_EQ(entry.second, 1) << "edge used twice in the same direction";
         const auto reverse = directed.find({entry.first.second, entry.first.first});
-        EXPECT_TRUE(reverse != directed.end()) << "boundary edge " << entry.first.first << "-" << entry.first.second;
+        EXPECT_TRUE(reverse != directed.end())
+            << "boundary edge " << entry.first.first << "-" << entry.first.second;
         if (entry.first.first < entry.first.second) {
             ++undirected;
         }
@@ -74,7 +75,7 @@ TEST(SceneGraphStandardMesh, SphereIsClosedWithTheRightVolume)
     EXPECT_EQ(vertices, 2 + 15 * 24);
     EXPECT_EQ(faces, 2 * 24 * 15);
     const int edges = checkClosedAndOriented(*sphere);
-    EXPECT_EQ(vertices - edges + faces, 2); // Euler characteristic of a sphere
+    EXPECT_EQ(vertices - edges + faces, 2);  // Euler characteristic of a sphere
 
     // An inscribed polyhedron: slightly less than the ball's volume, and positive (outward).
     const double ball = 4.0 / 3.0 * kPi * radius * radius * radius;
@@ -172,7 +173,7 @@ TEST(SceneGraphTriangles, GenerateNormalsOfASphereApproachesTheRadialDirection)
     oxPointer<oxTriMesh> sphere(builder.Sphere(33, 48, radius));
     oxVertexBuffer& vb = *sphere->GetVertexBuffer();
     for (int v = 0; v < vb.GetVertexQuantity(); ++v) {
-        vb.Normal3(v) = Vec3(9.0f, 9.0f, 9.0f); // garbage the recomputation must overwrite
+        vb.Normal3(v) = Vec3(9.0f, 9.0f, 9.0f);  // garbage the recomputation must overwrite
     }
     sphere->GenerateNormals();
     float worst = 1.0f;
@@ -181,7 +182,7 @@ TEST(SceneGraphTriangles, GenerateNormalsOfASphereApproachesTheRadialDirection)
         EXPECT_NEAR(vb.Normal3(v).Length(), 1.0f, 1e-5f);
         worst = std::min(worst, vb.Normal3(v).Dot(analytic));
     }
-    EXPECT_GT(worst, 0.999f); // within about 2.5 degrees everywhere
+    EXPECT_GT(worst, 0.999f);  // within about 2.5 degrees everywhere
     // The poles are symmetric: exactly on the axis.
     EXPECT_NEAR(vb.Normal3(0).Z(), -1.0f, 1e-6f);
 
@@ -291,7 +292,7 @@ TEST(SceneGraphTriangles, PrincipalAxesOfAStretchedPointBox)
 
 TEST(SceneGraphTriangles, TriangleAccessOutOfRange)
 {
-    oxPointer<oxIndexBuffer> ib(new oxIndexBuffer(7)); // two triangles and a stray index
+    oxPointer<oxIndexBuffer> ib(new oxIndexBuffer(7));  // two triangles and a stray index
     for (int i = 0; i < 7; ++i) {
         (*ib)[i] = static_cast<unsigned int>(i);
     }
@@ -309,4 +310,4 @@ TEST(SceneGraphTriangles, TriangleAccessOutOfRange)
     EXPECT_EQ(mesh.GetTriangleQuantity(), 0);
 }
 
-} // namespace
+}  // namespace

@@ -31,12 +31,12 @@ TEST(SceneGraphStream, WritesLittleEndianWhateverTheHost)
     ASSERT_TRUE(out.writeValue(minusTwo));
     ASSERT_TRUE(out.writeValue(minusOne));
     ASSERT_TRUE(out.writeValue(byte));
-    const Bytes expected = {0x02, 0x01, 0xB0, 0xA0,                           // u16 pair
-                            0x04, 0x03, 0x02, 0x01,                           // u32
-                            0x08, 0x07, 0x06, 0x05, 0x04, 0x03, 0x02, 0x01,   // u64
-                            0x00, 0x00, 0x80, 0x3F,                           // 1.0f
-                            0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0xC0,   // -2.0
-                            0xFF, 0xFF, 0xFF, 0xFF,                           // -1
+    const Bytes expected = {0x02, 0x01, 0xB0, 0xA0,                          // u16 pair
+                            0x04, 0x03, 0x02, 0x01,                          // u32
+                            0x08, 0x07, 0x06, 0x05, 0x04, 0x03, 0x02, 0x01,  // u64
+                            0x00, 0x00, 0x80, 0x3F,                          // 1.0f
+                            0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0xC0,  // -2.0
+                            0xFF, 0xFF, 0xFF, 0xFF,                          // -1
                             0x7F};
     EXPECT_EQ(out.getBuffer(), expected);
     EXPECT_EQ(out.tell(), expected.size());
@@ -153,7 +153,7 @@ TEST(SceneGraphStream, FileRoundTripAndMissingFile)
     ASSERT_TRUE(in.readString(text));
     EXPECT_EQ(value, 0xDEADBEEFu);
     EXPECT_EQ(text, "scene");
-    EXPECT_FALSE(in.readValue(value)); // end of file
+    EXPECT_FALSE(in.readValue(value));  // end of file
     std::remove(path.c_str());
 
     oxBaseStream missing = oxBaseStream::openFileRead(::testing::TempDir() + "ox_no_such_dir/none.bin");
@@ -170,4 +170,4 @@ TEST(SceneGraphStream, MovedStreamKeepsItsOwnedBytes)
     EXPECT_EQ(value, 9u);
 }
 
-} // namespace
+}  // namespace

@@ -60,7 +60,8 @@ TEST(SceneGraphTransformation, ComponentsActOnPointsVectorsAndNormals)
     EXPECT_TRUE(t.IsIdentity());
 
     // Normals stay perpendicular to transformed tangent planes under non-uniform scale.
-    const oxTransformation skew = makeTransform(Vec3(1.0f, 2.0f, 0.5f), 0.7f, Vec3(3.0f, 0.5f, 1.5f), Vec3(4.0f, 0.0f, -1.0f));
+    const oxTransformation skew =
+        makeTransform(Vec3(1.0f, 2.0f, 0.5f), 0.7f, Vec3(3.0f, 0.5f, 1.5f), Vec3(4.0f, 0.0f, -1.0f));
     const Vec3 t1(1.0f, -0.5f, 0.25f);
     const Vec3 t2(0.0f, 1.0f, 2.0f);
     const Vec3 normal = t1.Cross(t2);
@@ -77,8 +78,10 @@ TEST(SceneGraphTransformation, ComponentsActOnPointsVectorsAndNormals)
 
 TEST(SceneGraphTransformation, ProductAndInverse)
 {
-    const oxTransformation a = makeTransform(Vec3(0.0f, 1.0f, 0.0f), 0.4f, Vec3(2.0f, 2.0f, 1.0f), Vec3(1.0f, -1.0f, 0.5f));
-    const oxTransformation b = makeTransform(Vec3(1.0f, 1.0f, 1.0f), -1.1f, Vec3(0.5f, 1.0f, 3.0f), Vec3(0.0f, 2.0f, 0.0f));
+    const oxTransformation a =
+        makeTransform(Vec3(0.0f, 1.0f, 0.0f), 0.4f, Vec3(2.0f, 2.0f, 1.0f), Vec3(1.0f, -1.0f, 0.5f));
+    const oxTransformation b =
+        makeTransform(Vec3(1.0f, 1.0f, 1.0f), -1.1f, Vec3(0.5f, 1.0f, 3.0f), Vec3(0.0f, 2.0f, 0.0f));
     const Vec3 p(0.3f, -0.7f, 2.0f);
     // a * b applies b first.
     expectNear((a * b).ApplyForward(p), a.ApplyForward(b.ApplyForward(p)));
@@ -101,7 +104,8 @@ TEST(SceneGraphTransformation, ProductAndInverse)
 
 TEST(SceneGraphTransformation, SaveLoadIsExact)
 {
-    const oxTransformation a = makeTransform(Vec3(0.3f, 1.0f, -2.0f), 2.1f, Vec3(1.0f, 7.0f, 0.1f), Vec3(1e-7f, -3e5f, 0.5f));
+    const oxTransformation a =
+        makeTransform(Vec3(0.3f, 1.0f, -2.0f), 2.1f, Vec3(1.0f, 7.0f, 0.1f), Vec3(1e-7f, -3e5f, 0.5f));
     oxBaseStream out = oxBaseStream::openMemoryWrite();
     ASSERT_TRUE(a.Save(out));
     EXPECT_EQ(out.getBuffer().size(), 16u * 4u);
@@ -118,9 +122,12 @@ TEST(SceneGraphNode, WorldTransformsOfAThreeLevelTree)
     oxPointer<oxGeometry> leaf(new oxGeometry());
     root->attachChild(middle.get());
     middle->attachChild(leaf.get());
-    const oxTransformation a = makeTransform(Vec3(0.0f, 0.0f, 1.0f), 0.5f, Vec3(2.0f, 2.0f, 2.0f), Vec3(10.0f, 0.0f, 0.0f));
-    const oxTransformation b = makeTransform(Vec3(1.0f, 0.0f, 0.0f), -0.3f, Vec3(1.0f, 0.5f, 1.0f), Vec3(0.0f, 5.0f, 0.0f));
-    const oxTransformation c = makeTransform(Vec3(1.0f, 1.0f, 0.0f), 1.2f, Vec3(1.0f, 1.0f, 3.0f), Vec3(0.0f, 0.0f, -2.0f));
+    const oxTransformation a =
+        makeTransform(Vec3(0.0f, 0.0f, 1.0f), 0.5f, Vec3(2.0f, 2.0f, 2.0f), Vec3(10.0f, 0.0f, 0.0f));
+    const oxTransformation b =
+        makeTransform(Vec3(1.0f, 0.0f, 0.0f), -0.3f, Vec3(1.0f, 0.5f, 1.0f), Vec3(0.0f, 5.0f, 0.0f));
+    const oxTransformation c =
+        makeTransform(Vec3(1.0f, 1.0f, 0.0f), 1.2f, Vec3(1.0f, 1.0f, 3.0f), Vec3(0.0f, 0.0f, -2.0f));
     root->editLocalTransform() = a;
     middle->editLocalTransform() = b;
     leaf->editLocalTransform() = c;
@@ -137,7 +144,8 @@ TEST(SceneGraphNode, WorldTransformsOfAThreeLevelTree)
     }
     EXPECT_TRUE(root->getWorldTransform() == a);
     const Vec3 p(1.0f, 2.0f, 3.0f);
-    expectNear(leaf->getWorldTransform().ApplyForward(p), a.ApplyForward(b.ApplyForward(c.ApplyForward(p))), 1e-4f);
+    expectNear(leaf->getWorldTransform().ApplyForward(p), a.ApplyForward(b.ApplyForward(c.ApplyForward(p))),
+               1e-4f);
 
     // Updating a subtree alone uses its parent's current world transform.
     leaf->editLocalTransform().MakeIdentity();
@@ -157,7 +165,7 @@ TEST(SceneGraphNode, SlotsParentsAndDirtyFlags)
     oxPointer<oxGeometry> g1(new oxGeometry());
     EXPECT_EQ(root->attachChild(g0.get()), 0);
     EXPECT_EQ(root->attachChild(g1.get()), 1);
-    EXPECT_EQ(root->attachChild(g0.get()), 0); // already here: same slot
+    EXPECT_EQ(root->attachChild(g0.get()), 0);  // already here: same slot
     EXPECT_EQ(root->attachChild(nullptr), -1);
     EXPECT_EQ(root->getNoChildren(), 2);
     EXPECT_EQ(g1->getParent(), root.get());
@@ -165,7 +173,7 @@ TEST(SceneGraphNode, SlotsParentsAndDirtyFlags)
 
     EXPECT_EQ(root->detachChild(g0.get()), 0);
     EXPECT_EQ(g0->getParent(), nullptr);
-    EXPECT_EQ(root->getNoChildren(), 2); // the slot stays, empty
+    EXPECT_EQ(root->getNoChildren(), 2);  // the slot stays, empty
     EXPECT_FALSE(root->getChild(0));
     EXPECT_EQ(root->detachChild(g0.get()), -1);
     // The empty slot is reused first.
@@ -221,7 +229,7 @@ TEST(SceneGraphNode, ChildrenLiveAsLongAsTheirReferences)
         root->attachChild(kept.get());
         root->attachChild(new CountedGeometry(&destroyed));
         root->setChild(2, new CountedGeometry(&destroyed));
-        root->setChild(2, nullptr); // replaced: released
+        root->setChild(2, nullptr);  // replaced: released
         EXPECT_EQ(destroyed, 1);
     }
     EXPECT_EQ(destroyed, 2);
@@ -247,7 +255,8 @@ oxPointer<oxGeometry> makeGeometry(float seed)
     }
     oxPointer<oxGeometry> geometry(new oxGeometry(vb.get(), ib.get()));
     geometry->SetName("geometry " + std::to_string(seed));
-    geometry->editLocalTransform() = makeTransform(Vec3(seed, 1.0f, 0.0f), seed, Vec3(1.0f, 2.0f, 1.0f), Vec3(seed, 0.0f, 1.0f));
+    geometry->editLocalTransform() =
+        makeTransform(Vec3(seed, 1.0f, 0.0f), seed, Vec3(1.0f, 2.0f, 1.0f), Vec3(seed, 0.0f, 1.0f));
     return geometry;
 }
 
@@ -256,7 +265,8 @@ oxPointer<oxNode> makeTree()
 {
     oxPointer<oxNode> root(new oxNode());
     root->SetName("root");
-    root->editLocalTransform() = makeTransform(Vec3(0.0f, 0.0f, 1.0f), 0.25f, Vec3(1.0f, 1.0f, 1.0f), Vec3(1.0f, 2.0f, 3.0f));
+    root->editLocalTransform() =
+        makeTransform(Vec3(0.0f, 0.0f, 1.0f), 0.25f, Vec3(1.0f, 1.0f, 1.0f), Vec3(1.0f, 2.0f, 3.0f));
     oxPointer<oxNode> inner(new oxNode());
     inner->editLocalTransform().SetTranslate(Vec3(-5.0f, 0.0f, 0.0f));
     root->setChild(0, makeGeometry(1.0f).get());
@@ -302,7 +312,8 @@ TEST(SceneGraphPersistence, TreeRoundTripThroughRegisteredFactories)
 
     // Truncated trees fail cleanly.
     for (std::size_t size : {std::size_t(3), out.getBuffer().size() / 2, out.getBuffer().size() - 1}) {
-        std::vector<unsigned char> part(out.getBuffer().begin(), out.getBuffer().begin() + static_cast<long>(size));
+        std::vector<unsigned char> part(out.getBuffer().begin(),
+                                        out.getBuffer().begin() + static_cast<long>(size));
         oxBaseStream shortStream = oxBaseStream::openMemoryRead(part);
         EXPECT_EQ(oxLoadObject(shortStream), nullptr) << size;
     }
@@ -340,10 +351,18 @@ class WeightedGeometry : public oxGeometry {
 public:
     static const oxRtti TYPE;
     WeightedGeometry() = default;
-    WeightedGeometry(oxVertexBuffer* vb, oxIndexBuffer* ib, float weight) : oxGeometry(vb, ib), m_weight(weight) {}
+    WeightedGeometry(oxVertexBuffer* vb, oxIndexBuffer* ib, float weight)
+        : oxGeometry(vb, ib), m_weight(weight)
+    {}
     const oxRtti& GetType() const override { return TYPE; }
-    bool Load(oxBaseStream& stream) override { return oxGeometry::Load(stream) && stream.readValue(m_weight); }
-    bool Save(oxBaseStream& stream) const override { return oxGeometry::Save(stream) && stream.writeValue(m_weight); }
+    bool Load(oxBaseStream& stream) override
+    {
+        return oxGeometry::Load(stream) && stream.readValue(m_weight);
+    }
+    bool Save(oxBaseStream& stream) const override
+    {
+        return oxGeometry::Save(stream) && stream.writeValue(m_weight);
+    }
     bool Equals(const oxObject* other) const override
     {
         return oxGeometry::Equals(other) && static_cast<const WeightedGeometry*>(other)->m_weight == m_weight;
@@ -367,10 +386,11 @@ TEST(SceneGraphPersistence, DerivedGeometryExtendsTheChain)
 {
     oxRttiInterface::RegisterFactoryFunction(WeightedGeometry::TYPE.GetName(), &WeightedGeometry::Factory);
     const oxPointer<oxGeometry> base = makeGeometry(3.0f);
-    oxPointer<WeightedGeometry> weighted(new WeightedGeometry(base->GetVertexBuffer(), base->GetIndexBuffer(), 0.75f));
+    oxPointer<WeightedGeometry> weighted(
+        new WeightedGeometry(base->GetVertexBuffer(), base->GetIndexBuffer(), 0.75f));
     weighted->SetName("weighted");
     EXPECT_TRUE(weighted->IsDerived(oxTriMesh::TYPE));
-    EXPECT_FALSE(weighted->Equals(base.get())); // different exact types
+    EXPECT_FALSE(weighted->Equals(base.get()));  // different exact types
 
     oxBaseStream out = oxBaseStream::openMemoryWrite();
     ASSERT_TRUE(oxSaveObject(out, *weighted));
@@ -391,4 +411,4 @@ TEST(SceneGraphPersistence, DerivedGeometryExtendsTheChain)
     oxRttiInterface::UnregisterFactoryFunction(WeightedGeometry::TYPE.GetName());
 }
 
-} // namespace
+}  // namespace

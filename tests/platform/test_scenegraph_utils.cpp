@@ -31,20 +31,20 @@ TEST(SceneGraphMeshUtils, CopyVertexDataBetweenLayouts)
     from.SetPSizeChannels(1);
     oxAttributes to;
     to.SetPositionChannels(3);
-    to.SetColorChannels(0, 3);  // fewer channels than the source: RGB of RGBA
-    to.SetColorChannels(1, 4);  // absent from the source: untouched
-    to.SetTCoordChannels(0, 3); // more channels than the source: the third is untouched
-    to.SetTCoordChannels(2, 1); // fewer: the first one
+    to.SetColorChannels(0, 3);   // fewer channels than the source: RGB of RGBA
+    to.SetColorChannels(1, 4);   // absent from the source: untouched
+    to.SetTCoordChannels(0, 3);  // more channels than the source: the third is untouched
+    to.SetTCoordChannels(2, 1);  // fewer: the first one
     to.SetPSizeChannels(1);
 
     oxVertexBuffer src(from, 3);
     oxVertexBuffer dst(to, 2);
-    const int srcStride = from.GetChannelQuantity(); // 3+3+4+2+3+3+1 = 19
+    const int srcStride = from.GetChannelQuantity();  // 3+3+4+2+3+3+1 = 19
     ASSERT_EQ(srcStride, 19);
     for (int k = 0; k < 3 * srcStride; ++k) {
         src.GetData()[k] = float(100 + k);
     }
-    const int dstStride = to.GetChannelQuantity(); // 3+3+4+3+1+1 = 15
+    const int dstStride = to.GetChannelQuantity();  // 3+3+4+3+1+1 = 15
     ASSERT_EQ(dstStride, 15);
     for (int k = 0; k < 2 * dstStride; ++k) {
         dst.GetData()[k] = -1.0f;
@@ -54,12 +54,12 @@ TEST(SceneGraphMeshUtils, CopyVertexDataBetweenLayouts)
     // Source record 2 starts at float 38: position 38..40, normal 41..43, colour 44..47,
     // tcoord0 48..49, tcoord2 50..52, tangent 53..55, psize 56 (values are 100 + index).
     const float* d = dst.GetData() + dstStride;
-    const float expected[15] = {138, 139, 140,       // position
-                                144, 145, 146,       // colour 0 (RGB of RGBA)
-                                -1, -1, -1, -1,      // colour 1: not in the source
-                                148, 149, -1,        // tcoord 0: two channels copied
-                                150,                 // tcoord 2: first channel
-                                156};                // point size
+    const float expected[15] = {138, 139, 140,      // position
+                                144, 145, 146,      // colour 0 (RGB of RGBA)
+                                -1,  -1,  -1,  -1,  // colour 1: not in the source
+                                148, 149, -1,       // tcoord 0: two channels copied
+                                150,                // tcoord 2: first channel
+                                156};               // point size
     for (int k = 0; k < 15; ++k) {
         EXPECT_EQ(d[k], expected[k]) << k;
     }
@@ -106,7 +106,8 @@ int bruteForceClusterCount(const std::vector<Vec3>& points, float tolerance)
 }
 
 /// Every vertex position of `mesh` mapped through `chain` (applied last to first).
-void appendTransformed(const oxTriMesh& mesh, const std::vector<oxTransformation>& chain, std::vector<Vec3>& out)
+void appendTransformed(const oxTriMesh& mesh, const std::vector<oxTransformation>& chain,
+                       std::vector<Vec3>& out)
 {
     const oxVertexBuffer& vb = *mesh.GetVertexBuffer();
     for (int v = 0; v < vb.GetVertexQuantity(); ++v) {
@@ -219,7 +220,8 @@ TEST(SceneGraphMeshUtils, MergeAppliesWorldTransformsOfNestedNodes)
     // normal of the transformed ellipsoid at the north pole, which stays along +z.
     oxPointer<oxSpatial> merged = oxMeshUtils::MergeNodeGeometries(root, 0.0f);
     const oxVertexBuffer& vb = *oxDynamicCast<oxTriMesh>(merged.get())->GetVertexBuffer();
-    const Vec3 northPole = rootLocal.ApplyForward(innerLocal.ApplyForward(sphereLocal.ApplyForward(Vec3(0, 0, 1))));
+    const Vec3 northPole =
+        rootLocal.ApplyForward(innerLocal.ApplyForward(sphereLocal.ApplyForward(Vec3(0, 0, 1))));
     bool found = false;
     for (int v = 0; v < vb.GetVertexQuantity(); ++v) {
         if ((vb.Position3(v) - northPole).Length() < 1e-5f) {
@@ -236,13 +238,13 @@ TEST(SceneGraphMeshUtils, MergeDropsCollapsedTrianglesAndMixedLayouts)
     oxAttributes positionsOnly;
     positionsOnly.SetPositionChannels(3);
     oxPointer<oxVertexBuffer> vb(new oxVertexBuffer(positionsOnly, 6));
-    const Vec3 points[6] = {Vec3(0, 0, 0), Vec3(1, 0, 0), Vec3(0, 1, 0),
+    const Vec3 points[6] = {Vec3(0, 0, 0), Vec3(1, 0, 0),      Vec3(0, 1, 0),
                             Vec3(5, 5, 5), Vec3(5.001f, 5, 5), Vec3(5, 5.001f, 5)};
     for (int v = 0; v < 6; ++v) {
         vb->Position3(v) = points[v];
     }
     oxPointer<oxIndexBuffer> ib(new oxIndexBuffer(9));
-    const unsigned int indices[9] = {0, 1, 2, 3, 4, 5, 0, 1, 7}; // the last refers to a missing vertex
+    const unsigned int indices[9] = {0, 1, 2, 3, 4, 5, 0, 1, 7};  // the last refers to a missing vertex
     for (int i = 0; i < 9; ++i) {
         (*ib)[i] = indices[i];
     }
@@ -308,7 +310,7 @@ TEST(SceneGraphGenericGeometry, QuadsSplitAlongTheFirstDiagonal)
         EXPECT_EQ(c, expected[t][2]);
     }
     EXPECT_EQ(mesh->GetName(), "mixed");
-    EXPECT_NE(mesh->GetVertexBuffer(), vb.get()); // a copy
+    EXPECT_NE(mesh->GetVertexBuffer(), vb.get());  // a copy
     EXPECT_TRUE(mesh->GetVertexBuffer()->Equals(vb.get()));
 
     // Each New* call replaces the content.
@@ -358,4 +360,4 @@ TEST(SceneGraphGenericGeometry, PersistenceAndClone)
     oxUnregisterSceneGraphFactories();
 }
 
-} // namespace
+}  // namespace

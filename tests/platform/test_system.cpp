@@ -11,20 +11,17 @@
 #include "system/oxProgressNotifierInterface.h"
 #include "system/oxTimer.h"
 
-namespace
-{
+namespace {
 
 // Records every value it receives.
-class RecordingNotifier : public ox::oxProgressNotifierInterface
-{
+class RecordingNotifier : public ox::oxProgressNotifierInterface {
 public:
     void notifyProgress(float fValue) override { m_kValues.push_back(fValue); }
     std::vector<float> m_kValues;
 };
 
 // A minimal object reporting progress through the base class.
-class Worker : public ox::oxProgressMonitorable
-{
+class Worker : public ox::oxProgressMonitorable {
 public:
     void run(int iSteps)
     {
@@ -34,7 +31,7 @@ public:
     }
 };
 
-} // namespace
+}  // namespace
 
 TEST(oxLibInitCounter, NestingAndUnbalancedTerminate)
 {
@@ -42,7 +39,7 @@ TEST(oxLibInitCounter, NestingAndUnbalancedTerminate)
     EXPECT_STREQ(kCounter.getName(), "oxTestLib");
     EXPECT_TRUE(kCounter.getFlag());
     EXPECT_EQ(kCounter.getCount(), 0u);
-    EXPECT_FALSE(kCounter.decrementInitCounter()); // terminate before init: harmless
+    EXPECT_FALSE(kCounter.decrementInitCounter());  // terminate before init: harmless
     EXPECT_EQ(kCounter.getCount(), 0u);
     EXPECT_TRUE(kCounter.incrementInitCounter());
     EXPECT_FALSE(kCounter.incrementInitCounter());
@@ -60,8 +57,7 @@ TEST(oxLibInitCounter, ConcurrentCallersSeeOneFirstAndOneLast)
 {
     ox::impl::LibInitCounter kCounter("oxConcurrent", false);
     const int iThreads = 8, iPerThread = 2000;
-    for (int iRound = 0; iRound < 5; ++iRound)
-    {
+    for (int iRound = 0; iRound < 5; ++iRound) {
         std::atomic<int> kFirsts(0), kLasts(0);
         std::atomic<bool> kGo(false);
         std::vector<std::thread> kPool;
@@ -100,7 +96,7 @@ TEST(oxProgressMonitorable, ForwardsValuesToTheNotifier)
 {
     Worker kWorker;
     EXPECT_EQ(kWorker.getProgressNotifier(), nullptr);
-    kWorker.run(4); // no notifier: values are stored only
+    kWorker.run(4);  // no notifier: values are stored only
     EXPECT_EQ(kWorker.getProgressValue(), 1.0f);
 
     RecordingNotifier kNotifier;
@@ -148,16 +144,15 @@ TEST(oxTimer, MeasuresMonotonicMilliseconds)
     const double fSnapped = kTimer.getElapsedMs();
     EXPECT_GE(fSnapped, fRunning);
     std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    EXPECT_EQ(kTimer.getElapsedMs(), fSnapped); // frozen at the snap
+    EXPECT_EQ(kTimer.getElapsedMs(), fSnapped);  // frozen at the snap
     kTimer.snapTime();
     EXPECT_GE(kTimer.getElapsedMs(), fSnapped + 5.0);
 
-    kTimer.start(); // restarts and forgets the snap
+    kTimer.start();  // restarts and forgets the snap
     const double fRestarted = kTimer.getElapsedMs();
     EXPECT_LT(fRestarted, fSnapped);
     double fPrevious = fRestarted;
-    for (int i = 0; i < 1000; ++i)
-    {
+    for (int i = 0; i < 1000; ++i) {
         const double fNow = kTimer.getElapsedMs();
         EXPECT_GE(fNow, fPrevious);
         fPrevious = fNow;
@@ -176,15 +171,11 @@ TEST(oxMutex, ExcludesConcurrentUpdates)
     std::vector<std::thread> kPool;
     for (int t = 0; t < 4; ++t)
         kPool.emplace_back([&] {
-            for (int i = 0; i < 20000; ++i)
-            {
-                if (i % 2)
-                {
+            for (int i = 0; i < 20000; ++i) {
+                if (i % 2) {
                     ox::oxScopedLock kLock(kMutex);
                     ++lCounter;
-                }
-                else
-                {
+                } else {
                     kMutex.lock();
                     ++lCounter;
                     kMutex.unlock();

@@ -52,8 +52,7 @@ TEST(Wm4Color, ClampKeepsChannelsInUnitRange)
     ColorRGB kC(-0.5f, 0.5f, 2.0f);
     kC.Clamp();
     EXPECT_EQ(kC, ColorRGB(0.0f, 0.5f, 1.0f));
-    ColorRGBA kD(std::numeric_limits<float>::quiet_NaN(), 1.0f, 0.0f,
-                 std::numeric_limits<float>::infinity());
+    ColorRGBA kD(std::numeric_limits<float>::quiet_NaN(), 1.0f, 0.0f, std::numeric_limits<float>::infinity());
     kD.Clamp();
     EXPECT_EQ(kD, ColorRGBA(0.0f, 1.0f, 0.0f, 1.0f));
 }

@@ -15,8 +15,7 @@
 using Wm4::GMatrix;
 using Wm4::GVector;
 
-namespace
-{
+namespace {
 
 template <typename Real>
 GMatrix<Real> RandomSymmetric(std::mt19937& rkRng, int iSize)
@@ -34,23 +33,20 @@ double Determinant(GMatrix<double> kM)
 {
     const int n = kM.GetRows();
     double fDet = 1.0;
-    for (int k = 0; k < n; ++k)
-    {
+    for (int k = 0; k < n; ++k) {
         int iPivot = k;
         for (int r = k + 1; r < n; ++r)
             if (std::fabs(kM(r, k)) > std::fabs(kM(iPivot, k)))
                 iPivot = r;
         if (kM(iPivot, k) == 0.0)
             return 0.0;
-        if (iPivot != k)
-        {
+        if (iPivot != k) {
             for (int c = 0; c < n; ++c)
                 std::swap(kM(k, c), kM(iPivot, c));
             fDet = -fDet;
         }
         fDet *= kM(k, k);
-        for (int r = k + 1; r < n; ++r)
-        {
+        for (int r = k + 1; r < n; ++r) {
             const double fFactor = kM(r, k) / kM(k, k);
             for (int c = k; c < n; ++c)
                 kM(r, c) -= fFactor * kM(k, c);
@@ -62,16 +58,15 @@ double Determinant(GMatrix<double> kM)
 // Checks the solved decomposition of rkA: A v_i = lambda_i v_i, orthonormal
 // eigenvectors forming a rotation, and the requested eigenvalue order.
 template <typename Real>
-void CheckDecomposition(const GMatrix<Real>& rkA, const Wm4::Eigen<Real>& rkSolver,
-                        bool bDecreasing, double fTol)
+void CheckDecomposition(const GMatrix<Real>& rkA, const Wm4::Eigen<Real>& rkSolver, bool bDecreasing,
+                        double fTol)
 {
     const int n = rkA.GetRows();
     ASSERT_TRUE(rkSolver.Converged());
     const GMatrix<Real>& rkV = rkSolver.GetEigenvectors();
     ASSERT_EQ(rkV.GetRows(), n);
     ASSERT_EQ(rkV.GetColumns(), n);
-    for (int i = 0; i < n; ++i)
-    {
+    for (int i = 0; i < n; ++i) {
         const GVector<Real> kVi = rkSolver.GetEigenvector(i);
         EXPECT_EQ(kVi, rkV.GetColumn(i));
         EXPECT_EQ(rkSolver.GetEigenvalues()[i], rkSolver.GetEigenvalue(i));
@@ -80,8 +75,7 @@ void CheckDecomposition(const GMatrix<Real>& rkA, const Wm4::Eigen<Real>& rkSolv
             EXPECT_NEAR(kAv[r], rkSolver.GetEigenvalue(i) * kVi[r], fTol) << "pair " << i;
         for (int j = 0; j < n; ++j)
             EXPECT_NEAR(kVi.Dot(rkSolver.GetEigenvector(j)), i == j ? 1.0 : 0.0, fTol);
-        if (i > 0)
-        {
+        if (i > 0) {
             if (bDecreasing)
                 EXPECT_GE(rkSolver.GetEigenvalue(i - 1), rkSolver.GetEigenvalue(i));
             else
@@ -95,7 +89,7 @@ void CheckDecomposition(const GMatrix<Real>& rkA, const Wm4::Eigen<Real>& rkSolv
     EXPECT_NEAR(Determinant(kVd), 1.0, fTol);
 }
 
-} // namespace
+}  // namespace
 
 TEST(Wm4GMatrix, StorageProductsAndAccess)
 {
@@ -137,10 +131,8 @@ TEST(Wm4GMatrix, StorageProductsAndAccess)
 TEST(Wm4Eigen, RandomSymmetricMatricesAllSizes)
 {
     std::mt19937 kRng(2024);
-    for (int n = 1; n <= 8; ++n)
-    {
-        for (int iTrial = 0; iTrial < 10; ++iTrial)
-        {
+    for (int n = 1; n <= 8; ++n) {
+        for (int iTrial = 0; iTrial < 10; ++iTrial) {
             const GMatrix<double> kA = RandomSymmetric<double>(kRng, n);
             Wm4::Eigen<double> kSolver(kA);
             kSolver.EigenStuffN();
@@ -154,8 +146,7 @@ TEST(Wm4Eigen, RandomSymmetricMatricesAllSizes)
 
             // The trace is the sum of the eigenvalues.
             double fTrace = 0.0, fSum = 0.0;
-            for (int i = 0; i < n; ++i)
-            {
+            for (int i = 0; i < n; ++i) {
                 fTrace += kA(i, i);
                 fSum += kSolver.GetEigenvalue(i);
             }
@@ -167,8 +158,7 @@ TEST(Wm4Eigen, RandomSymmetricMatricesAllSizes)
 TEST(Wm4Eigen, ThreeByThreeFloatFromMatrix3AndEntries)
 {
     std::mt19937 kRng(99);
-    for (int iTrial = 0; iTrial < 50; ++iTrial)
-    {
+    for (int iTrial = 0; iTrial < 50; ++iTrial) {
         const GMatrix<float> kA = RandomSymmetric<float>(kRng, 3);
         const Wm4::Matrix3f kM3(kA.GetData());
         Wm4::Eigen<float> kFromMatrix(kM3);
@@ -182,8 +172,7 @@ TEST(Wm4Eigen, ThreeByThreeFloatFromMatrix3AndEntries)
                 kFromEntries(r, c) = kA(r, c);
         kFromEntries.DecrSortEigenStuff3();
         CheckDecomposition(kA, kFromEntries, true, 1e-5);
-        for (int i = 0; i < 3; ++i)
-        {
+        for (int i = 0; i < 3; ++i) {
             EXPECT_EQ(kFromEntries.GetEigenvalue(i), kFromMatrix.GetEigenvalue(2 - i));
             Wm4::Vector3f kDecr, kIncr;
             kFromEntries.GetEigenvector(i, kDecr);
@@ -227,8 +216,7 @@ TEST(Wm4Eigen, DiagonalRepeatedAndTinyCases)
     // Fully repeated: a multiple of the identity.
     Wm4::Eigen<float> kScalar(Wm4::Matrix3f(2.0f, 2.0f, 2.0f));
     kScalar.DecrSortEigenStuff3();
-    CheckDecomposition(GMatrix<float>(3, 3, Wm4::Matrix3f(2.0f, 2.0f, 2.0f).GetData()), kScalar,
-                       true, 1e-6);
+    CheckDecomposition(GMatrix<float>(3, 3, Wm4::Matrix3f(2.0f, 2.0f, 2.0f).GetData()), kScalar, true, 1e-6);
     EXPECT_EQ(kScalar.GetEigenvalue(0), 2.0f);
 
     // 1x1.
@@ -279,8 +267,7 @@ TEST(Wm4Eigen, NonFiniteInputReportsFailure)
     kSolver(1, 0) = std::nanf("");
     kSolver.EigenStuff3();
     EXPECT_FALSE(kSolver.Converged());
-    for (int i = 0; i < 3; ++i)
-    {
+    for (int i = 0; i < 3; ++i) {
         EXPECT_EQ(kSolver.GetEigenvalue(i), 0.0f);
         EXPECT_EQ(kSolver.GetEigenvectors()(i, i), 1.0f);
     }
@@ -291,13 +278,11 @@ TEST(Wm4Box3, VerticesSpanTheOrientedBox)
     Wm4::Vector3f kAxis0(1, 1, 0), kAxis1(-1, 1, 0);
     kAxis0.Normalize();
     kAxis1.Normalize();
-    const Wm4::Box3f kBox(Wm4::Vector3f(1, 2, 3), kAxis0, kAxis1, Wm4::Vector3f::UNIT_Z, 2.0f,
-                          1.0f, 0.5f);
+    const Wm4::Box3f kBox(Wm4::Vector3f(1, 2, 3), kAxis0, kAxis1, Wm4::Vector3f::UNIT_Z, 2.0f, 1.0f, 0.5f);
     Wm4::Vector3f akVertex[8];
     kBox.ComputeVertices(akVertex);
     Wm4::Vector3f kMean;
-    for (const Wm4::Vector3f& rkV : akVertex)
-    {
+    for (const Wm4::Vector3f& rkV : akVertex) {
         const Wm4::Vector3f kLocal = rkV - kBox.Center;
         EXPECT_NEAR(std::fabs(kLocal.Dot(kBox.Axis[0])), 2.0f, 1e-6f);
         EXPECT_NEAR(std::fabs(kLocal.Dot(kBox.Axis[1])), 1.0f, 1e-6f);

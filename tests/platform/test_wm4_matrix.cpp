@@ -16,8 +16,7 @@ using Wm4::Vector3d;
 using Wm4::Vector3f;
 using Wm4::Vector4d;
 
-namespace
-{
+namespace {
 
 template <typename M>
 M RandomMatrix(std::mt19937& rkRng, int iSize)
@@ -55,8 +54,7 @@ template <typename M, typename V>
 void CheckAgainstEigen(int iSize, unsigned int uiSeed)
 {
     std::mt19937 kRng(uiSeed);
-    for (int iTrial = 0; iTrial < 50; ++iTrial)
-    {
+    for (int iTrial = 0; iTrial < 50; ++iTrial) {
         const M kA = RandomMatrix<M>(kRng, iSize), kB = RandomMatrix<M>(kRng, iSize);
         const Eigen::MatrixXd kEA = ToEigen(kA, iSize), kEB = ToEigen(kB, iSize);
         ExpectNear(kA * kB, kEA * kEB, 1e-12);
@@ -77,8 +75,7 @@ void CheckAgainstEigen(int iSize, unsigned int uiSeed)
             kEV(i) = kV[i] = 0.5 * i - 1.0;
         const V kAv = kA * kV, kvA = kV * kA;
         const Eigen::VectorXd kERight = kEA * kEV, kELeft = kEA.transpose() * kEV;
-        for (int i = 0; i < iSize; ++i)
-        {
+        for (int i = 0; i < iSize; ++i) {
             EXPECT_NEAR(kAv[i], kERight(i), 1e-12);
             EXPECT_NEAR(kvA[i], kELeft(i), 1e-12);
         }
@@ -91,7 +88,7 @@ void CheckAgainstEigen(int iSize, unsigned int uiSeed)
     }
 }
 
-} // namespace
+}  // namespace
 
 TEST(Wm4Matrix, ConstructionAndAccess)
 {
@@ -99,8 +96,7 @@ TEST(Wm4Matrix, ConstructionAndAccess)
     EXPECT_EQ(Matrix3f(false), Matrix3f::IDENTITY);
     EXPECT_EQ(Matrix4d(false), Matrix4d::IDENTITY);
     for (int r = 0; r < 4; ++r)
-        for (int c = 0; c < 4; ++c)
-        {
+        for (int c = 0; c < 4; ++c) {
             EXPECT_EQ(Matrix4f::IDENTITY(r, c), r == c ? 1.0f : 0.0f);
             EXPECT_EQ(Matrix4f::ZERO(r, c), 0.0f);
         }
@@ -147,8 +143,7 @@ TEST(Wm4Matrix, SingularInverseIsZeroButScaledMatricesInvert)
 {
     // Exactly singular: equal rows; rank one outer product; a zero row.
     EXPECT_EQ(Matrix3d(1, 2, 3, 1, 2, 3, 0, 1, 0).Inverse(), Matrix3d::ZERO);
-    EXPECT_EQ(Matrix3f().MakeTensorProduct(Vector3f(1, 2, 3), Vector3f(3, 1, 2)).Inverse(),
-              Matrix3f::ZERO);
+    EXPECT_EQ(Matrix3f().MakeTensorProduct(Vector3f(1, 2, 3), Vector3f(3, 1, 2)).Inverse(), Matrix3f::ZERO);
     EXPECT_EQ(Matrix4d(1, 2, 3, 4, 0, 0, 0, 0, 5, 6, 7, 8, 1, 0, 0, 1).Inverse(), Matrix4d::ZERO);
     // Numerically singular: rows dependent up to rounding.
     EXPECT_EQ(Matrix3f(1, 2, 3, 2, 4, 6.000001f, 1, 0, 1).Inverse(), Matrix3f::ZERO);

@@ -20,8 +20,7 @@ using Wm4::Vector3d;
 using Wm4::Vector3f;
 using Wm4::Vector4f;
 
-namespace
-{
+namespace {
 
 // Binds a constant to a reference (odr-use): must link without extra definitions.
 template <typename T>
@@ -30,7 +29,7 @@ const T& Bind(const T& rkValue)
     return rkValue;
 }
 
-} // namespace
+}  // namespace
 
 TEST(Wm4Math, ConstantsMatchTheirDefinitions)
 {
@@ -122,8 +121,8 @@ TEST(Wm4Vector, ComparisonsAreValueBasedAndOrderIsLexicographic)
 
     // As a map key: duplicates collapse, iteration follows the lexicographic order.
     std::map<Vector3f, int> kMap;
-    const Vector3f akKeys[] = {Vector3f(1, 0, 0), Vector3f(0, 5, 5), Vector3f(0, 5, 1),
-                               Vector3f(1, 0, 0), Vector3f(-1, 9, 9)};
+    const Vector3f akKeys[] = {Vector3f(1, 0, 0), Vector3f(0, 5, 5), Vector3f(0, 5, 1), Vector3f(1, 0, 0),
+                               Vector3f(-1, 9, 9)};
     for (const Vector3f& rkKey : akKeys)
         ++kMap[rkKey];
     ASSERT_EQ(kMap.size(), 4u);
@@ -184,8 +183,7 @@ TEST(Wm4Vector, NormalizeReturnsOldLengthAndZeroesDegenerateVectors)
     // Random vectors come out unit length and parallel to the input.
     std::mt19937 kRng(7);
     std::uniform_real_distribution<float> kDist(-100.0f, 100.0f);
-    for (int iTrial = 0; iTrial < 100; ++iTrial)
-    {
+    for (int iTrial = 0; iTrial < 100; ++iTrial) {
         const Vector4f kIn(kDist(kRng), kDist(kRng), kDist(kRng), kDist(kRng));
         Vector4f kOut = kIn;
         const float fLength = kOut.Normalize();

@@ -26,27 +26,31 @@ struct Cube {
     std::uint64_t mask;
 };
 
-Cube cubeOf(const std::vector<float>& pts, unsigned bits) {
+Cube cubeOf(const std::vector<float>& pts, unsigned bits)
+{
     float lo[3] = {INFINITY, INFINITY, INFINITY}, hi[3] = {-INFINITY, -INFINITY, -INFINITY};
     for (std::size_t i = 0; i < pts.size(); i += kStride)
         for (int a = 0; a < 3; ++a) {
             float v = pts[i + a];
             std::uint32_t w;
             std::memcpy(&w, &v, 4);
-            if (a == 0) w &= ~1u, std::memcpy(&v, &w, 4);
+            if (a == 0)
+                w &= ~1u, std::memcpy(&v, &w, 4);
             lo[a] = std::min(lo[a], v);
             hi[a] = std::max(hi[a], v);
         }
     const float e = std::max(hi[0] - lo[0], std::max(hi[1] - lo[1], hi[2] - lo[2]));
     Cube c;
-    for (int a = 0; a < 3; ++a) c.origin[a] = (lo[a] + hi[a]) / 2.0f - e / 2.0f;
+    for (int a = 0; a < 3; ++a)
+        c.origin[a] = (lo[a] + hi[a]) / 2.0f - e / 2.0f;
     c.scale = float(std::uint64_t(1) << bits) / e;
     c.mask = (std::uint64_t(1) << bits) - 1;
     return c;
 }
 
 // Bit-by-bit interleave: bit j of qx -> 3j, of qy -> 3j+1, of qz -> 3j+2.
-std::uint64_t naiveCode(const float* p, const Cube& c, unsigned bits) {
+std::uint64_t naiveCode(const float* p, const Cube& c, unsigned bits)
+{
     std::uint64_t q[3];
     for (int a = 0; a < 3; ++a) {
         const double v = double((p[a] - c.origin[a]) * c.scale);
@@ -54,11 +58,13 @@ std::uint64_t naiveCode(const float* p, const Cube& c, unsigned bits) {
     }
     std::uint64_t code = 0;
     for (unsigned j = 0; j < bits; ++j)
-        for (int a = 0; a < 3; ++a) code |= ((q[a] >> j) & 1u) << (3 * j + a);
+        for (int a = 0; a < 3; ++a)
+            code |= ((q[a] >> j) & 1u) << (3 * j + a);
     return code;
 }
 
-std::vector<float> makeCloud(std::mt19937& rng, unsigned n, int kind) {
+std::vector<float> makeCloud(std::mt19937& rng, unsigned n, int kind)
+{
     std::vector<float> pts(std::size_t(n) * kStride);
     std::uniform_real_distribution<float> u(-1.0f, 1.0f);
     std::normal_distribution<float> g(0.0f, 0.01f);
@@ -85,21 +91,28 @@ struct LiteralTree {
     std::vector<std::uint64_t> leafWords;  // per node: leaf (first, count) or inner (left child index)
     std::vector<bool> isLeaf;
 };
-LiteralTree literalTree(const std::vector<std::uint64_t>& codes, unsigned bits, unsigned leafSize) {
+LiteralTree literalTree(const std::vector<std::uint64_t>& codes, unsigned bits, unsigned leafSize)
+{
     const unsigned L = 3 * bits;
     const std::uint32_t n = std::uint32_t(codes.size());
     std::vector<std::vector<std::uint32_t>> lists(L + 1);
     for (std::uint32_t i = 1; i < n; ++i) {
-        if (codes[i] == codes[i - 1]) continue;
+        if (codes[i] == codes[i - 1])
+            continue;
         unsigned h = 63;
-        while (!(((codes[i] ^ codes[i - 1]) >> h) & 1u)) --h;
-        for (unsigned l = L - h; l <= L; ++l) lists[l].push_back(i - 1);
+        while (!(((codes[i] ^ codes[i - 1]) >> h) & 1u))
+            --h;
+        for (unsigned l = L - h; l <= L; ++l)
+            lists[l].push_back(i - 1);
     }
-    for (auto& l : lists) l.push_back(n ? n - 1 : 0);
+    for (auto& l : lists)
+        l.push_back(n ? n - 1 : 0);
     LiteralTree t;
     t.leafWords.push_back((std::uint64_t(0) << 32) | n);
     t.isLeaf.push_back(true);
-    struct Seg { std::uint32_t s, e, owner; };
+    struct Seg {
+        std::uint32_t s, e, owner;
+    };
     std::vector<Seg> segs{{0, n ? n - 1 : 0, 0}};
     for (unsigned l = 1; l <= L && n; ++l) {
         std::vector<Seg> next;
@@ -133,7 +146,8 @@ LiteralTree literalTree(const std::vector<std::uint64_t>& codes, unsigned bits, 
     return t;
 }
 
-void expectSameTree(const oxMiniBVH& bvh, const LiteralTree& t) {
+void expectSameTree(const oxMiniBVH& bvh, const LiteralTree& t)
+{
     ASSERT_EQ(bvh.getNoNodes(), t.isLeaf.size());
     for (unsigned i = 0; i < bvh.getNoNodes(); ++i) {
         const oxMiniBVHNode& node = bvh.getNode(i);
@@ -150,14 +164,15 @@ void expectSameTree(const oxMiniBVH& bvh, const LiteralTree& t) {
 
 }  // namespace
 
-TEST(MiniBVH, SortsRecordsStablyAndBuildsTheLevelTree) {
+TEST(MiniBVH, SortsRecordsStablyAndBuildsTheLevelTree)
+{
     std::mt19937 rng(1234);
     for (int kind = 0; kind < 3; ++kind)
         for (unsigned n : {1u, 2u, 17u, 100u, 3000u})
             for (unsigned bits : {4u, 10u, 21u})
                 for (unsigned leafSize : {1u, 4u, 16u}) {
-                    SCOPED_TRACE(testing::Message() << "kind " << kind << " n " << n << " bits " << bits << " leaf "
-                                                    << leafSize);
+                    SCOPED_TRACE(testing::Message() << "kind " << kind << " n " << n << " bits " << bits
+                                                    << " leaf " << leafSize);
                     std::vector<float> pts = makeCloud(rng, n, kind);
                     const Cube cube = cubeOf(pts, bits);
                     // Expected order: stable sort of the input by the naive code.
@@ -172,8 +187,9 @@ TEST(MiniBVH, SortsRecordsStablyAndBuildsTheLevelTree) {
                         inCodes[i] = naiveCode(p.data(), cube, bits);
                         order[i] = i;
                     }
-                    std::stable_sort(order.begin(), order.end(),
-                                     [&](std::uint32_t a, std::uint32_t b) { return inCodes[a] < inCodes[b]; });
+                    std::stable_sort(order.begin(), order.end(), [&](std::uint32_t a, std::uint32_t b) {
+                        return inCodes[a] < inCodes[b];
+                    });
                     const std::vector<float> input = pts;
                     oxMiniBVH bvh;
                     bvh.build(pts.data(), n, kStride, bits, leafSize);
@@ -200,7 +216,8 @@ TEST(MiniBVH, SortsRecordsStablyAndBuildsTheLevelTree) {
                 }
 }
 
-TEST(MiniBVH, DegenerateCloudsAndSplitThreshold) {
+TEST(MiniBVH, DegenerateCloudsAndSplitThreshold)
+{
     oxMiniBVH bvh;
     // No point and one point: a single root leaf.
     std::vector<float> none;
@@ -222,8 +239,10 @@ TEST(MiniBVH, DegenerateCloudsAndSplitThreshold) {
     // Two clusters split at the top Morton bit (x): 15 + 5 stays one leaf, 16 + 4 splits.
     for (unsigned big : {15u, 16u}) {
         std::vector<float> pts;
-        for (unsigned i = 0; i < big; ++i) pts.insert(pts.end(), {0.0f, 0.0f, 0.0f});
-        for (unsigned i = big; i < 20; ++i) pts.insert(pts.end(), {1.0f, 0.0f, 0.0f});
+        for (unsigned i = 0; i < big; ++i)
+            pts.insert(pts.end(), {0.0f, 0.0f, 0.0f});
+        for (unsigned i = big; i < 20; ++i)
+            pts.insert(pts.end(), {1.0f, 0.0f, 0.0f});
         bvh.build(pts.data(), 20, 3, 21, 16);
         ASSERT_TRUE(bvh.check());
         if (big == 15) {
@@ -244,7 +263,8 @@ TEST(MiniBVH, DegenerateCloudsAndSplitThreshold) {
     EXPECT_TRUE(bvh.check());
 }
 
-TEST(MiniBVH, BoxesEncloseDiscsAndCheckDetectsOverlaps) {
+TEST(MiniBVH, BoxesEncloseDiscsAndCheckDetectsOverlaps)
+{
     std::mt19937 rng(99);
     const unsigned n = 2000;
     std::vector<float> pts = makeCloud(rng, n, 0);
@@ -252,7 +272,8 @@ TEST(MiniBVH, BoxesEncloseDiscsAndCheckDetectsOverlaps) {
     bvh.build(pts.data(), n, kStride, 21, 16);
     // Radii in the payload slot: radius of point i is pts[i*stride + 4] scaled down.
     std::vector<float> radii(n);
-    for (unsigned i = 0; i < n; ++i) radii[i] = 0.001f * float(i % 7);
+    for (unsigned i = 0; i < n; ++i)
+        radii[i] = 0.001f * float(i % 7);
     bvh.computeBBoxes(radii.data(), 1);
     // Each node's box equals the brute-force box of the points under it.
     for (unsigned i = 0; i < bvh.getNoNodes(); ++i) {

@@ -16,11 +16,13 @@ using V3 = Wm4::Vector3<float>;
 
 namespace {
 
-oxPointer<oxVertexBuffer> sphereCloud(unsigned n, bool colours, unsigned seed = 21) {
+oxPointer<oxVertexBuffer> sphereCloud(unsigned n, bool colours, unsigned seed = 21)
+{
     ox::oxAttributes a;
     a.SetPositionChannels(3);
     a.SetNormalChannels(3);
-    if (colours) a.SetColorChannels(0, 3);
+    if (colours)
+        a.SetColorChannels(0, 3);
     oxPointer<oxVertexBuffer> vb(new oxVertexBuffer(a, int(n)));
     std::mt19937 rng(seed);
     std::normal_distribution<float> g;
@@ -29,14 +31,16 @@ oxPointer<oxVertexBuffer> sphereCloud(unsigned n, bool colours, unsigned seed = 
         p.Normalize();
         vb->Normal3(int(i)) = p;
         vb->Position3(int(i)) = p * 3.0f + V3(10.0f, -2.0f, 5.0f);
-        if (colours) vb->Color3(0, int(i)) = Wm4::ColorRGB(0.5f, 0.5f, 0.5f);
+        if (colours)
+            vb->Color3(0, int(i)) = Wm4::ColorRGB(0.5f, 0.5f, 0.5f);
     }
     return vb;
 }
 
 }  // namespace
 
-TEST(PointSetQuery, QueriesMatchExhaustiveSearch) {
+TEST(PointSetQuery, QueriesMatchExhaustiveSearch)
+{
     oxPointer<oxVertexBuffer> input = sphereCloud(3000, true);
     oxPointSetQuery query(input.get());
     ASSERT_TRUE(query.isPending());
@@ -72,13 +76,15 @@ TEST(PointSetQuery, QueriesMatchExhaustiveSearch) {
         const unsigned excluded = (t % 3 == 0) ? unsigned(rng() % n) : 0xFFFFFFFFu;
         float best = std::numeric_limits<float>::infinity();
         for (int j = 0; j < n; ++j)
-            if (unsigned(j) != excluded) best = std::min(best, (vb.Position3(j) - q).SquaredLength());
+            if (unsigned(j) != excluded)
+                best = std::min(best, (vb.Position3(j) - q).SquaredLength());
         const unsigned got = query.getNearestVertex(q, excluded);
         ASSERT_NE(got, excluded);
         ASSERT_EQ((vb.Position3(int(got)) - q).SquaredLength(), best) << "query " << t;
         const float radius = 0.05f + 0.3f * float(t % 5);
         unsigned inside = 0;
-        for (int j = 0; j < n; ++j) inside += radius * radius > (vb.Position3(j) - q).SquaredLength();
+        for (int j = 0; j < n; ++j)
+            inside += radius * radius > (vb.Position3(j) - q).SquaredLength();
         ASSERT_EQ(query.getNoPointsInSphere(q, radius), inside) << "query " << t;
     }
     // A point exactly on the sphere is not counted; the point itself at radius 0 neither.
@@ -86,13 +92,15 @@ TEST(PointSetQuery, QueriesMatchExhaustiveSearch) {
     const float d01 = (p1 - p0).Length();
     const unsigned onSphere = query.getNoPointsInSphere(p0, d01);
     unsigned strictly = 0;
-    for (int j = 0; j < n; ++j) strictly += d01 * d01 > (vb.Position3(j) - p0).SquaredLength();
+    for (int j = 0; j < n; ++j)
+        strictly += d01 * d01 > (vb.Position3(j) - p0).SquaredLength();
     EXPECT_EQ(onSphere, strictly);
     EXPECT_EQ(query.getNoPointsInSphere(p0, 0.0f), 0u);
     EXPECT_EQ(query.getNearestVertex(p0, 0xFFFFFFFFu), 0u);
 }
 
-TEST(PointSetQuery, NearestVertexTiesAreDecidedInHierarchyOrder) {
+TEST(PointSetQuery, NearestVertexTiesAreDecidedInHierarchyOrder)
+{
     // Every point twice: the two copies tie at every query. The answer is decided in index
     // order (the hierarchy's leaves are consecutive index ranges, walked left first): a point
     // replaces the best so far when the square of the best distance (the distance rounded to a
@@ -115,13 +123,15 @@ TEST(PointSetQuery, NearestVertexTiesAreDecidedInHierarchyOrder) {
         unsigned expected = 0;
         for (int j = 0; j < vb.GetVertexQuantity(); ++j) {
             const float d2 = (vb.Position3(j) - q).SquaredLength();
-            if (best * best > d2) best = std::sqrt(d2), expected = unsigned(j);
+            if (best * best > d2)
+                best = std::sqrt(d2), expected = unsigned(j);
         }
         ASSERT_EQ(query.getNearestVertex(q, 0xFFFFFFFFu), expected) << "query " << t;
     }
 }
 
-TEST(PointSetQuery, SinglePointEmptyBufferAndSharing) {
+TEST(PointSetQuery, SinglePointEmptyBufferAndSharing)
+{
     // One point excluded: nothing qualifies, the answer is 0.
     oxPointer<oxVertexBuffer> one = sphereCloud(1, false);
     oxPointSetQuery q1(one.get());

@@ -37,17 +37,21 @@ inline ox::oxAttributes layout(bool normals = false, bool colors = false)
 {
     ox::oxAttributes a;
     a.SetPositionChannels(3);
-    if (normals) a.SetNormalChannels(3);
-    if (colors) a.SetColorChannels(0, 3);
+    if (normals)
+        a.SetNormalChannels(3);
+    if (colors)
+        a.SetColorChannels(0, 3);
     return a;
 }
 
 inline MeshPtr toMesh(const Soup& s, bool normals = false, bool colors = false)
 {
     ox::oxVertexBuffer* vb = new ox::oxVertexBuffer(layout(normals, colors), int(s.p.size()));
-    for (std::size_t i = 0; i < s.p.size(); ++i) vb->Position3(int(i)) = s.p[i];
+    for (std::size_t i = 0; i < s.p.size(); ++i)
+        vb->Position3(int(i)) = s.p[i];
     ox::oxIndexBuffer* ib = new ox::oxIndexBuffer(int(s.t.size()));
-    for (std::size_t i = 0; i < s.t.size(); ++i) (*ib)[int(i)] = s.t[i];
+    for (std::size_t i = 0; i < s.t.size(); ++i)
+        (*ib)[int(i)] = s.t[i];
     return MeshPtr(new ox::oxTriMesh(vb, ib));
 }
 
@@ -55,13 +59,16 @@ inline Soup toSoup(const ox::oxTriMesh& m)
 {
     Soup s;
     const ox::oxVertexBuffer* vb = m.GetVertexBuffer();
-    for (int i = 0; i < vb->GetVertexQuantity(); ++i) s.p.push_back(vb->Position3(i));
+    for (int i = 0; i < vb->GetVertexQuantity(); ++i)
+        s.p.push_back(vb->Position3(i));
     const ox::oxIndexBuffer* ib = m.GetIndexBuffer();
-    for (int i = 0; i < ib->GetIndexQuantity(); ++i) s.t.push_back((*ib)[i]);
+    for (int i = 0; i < ib->GetIndexQuantity(); ++i)
+        s.t.push_back((*ib)[i]);
     return s;
 }
 
-inline MeshPtr sphere(int z, int radial, float r, bool normals = false, bool colors = false, bool inside = false)
+inline MeshPtr sphere(int z, int radial, float r, bool normals = false, bool colors = false,
+                      bool inside = false)
 {
     ox::oxStandardMesh builder(layout(normals, colors), inside);
     return MeshPtr(builder.Sphere(z, radial, r));
@@ -74,7 +81,8 @@ inline Soup torus(unsigned n, unsigned m, float R, float r)
     for (unsigned i = 0; i < n; ++i)
         for (unsigned j = 0; j < m; ++j) {
             const float a = 6.2831853f * i / n, b = 6.2831853f * j / m;
-            s.p.push_back(Vec3((R + r * std::cos(b)) * std::cos(a), (R + r * std::cos(b)) * std::sin(a), r * std::sin(b)));
+            s.p.push_back(Vec3((R + r * std::cos(b)) * std::cos(a), (R + r * std::cos(b)) * std::sin(a),
+                               r * std::sin(b)));
         }
     for (unsigned i = 0; i < n; ++i)
         for (unsigned j = 0; j < m; ++j) {
@@ -91,7 +99,8 @@ inline Soup grid(unsigned n, float h)
 {
     Soup s;
     for (unsigned j = 0; j <= n; ++j)
-        for (unsigned i = 0; i <= n; ++i) s.p.push_back(Vec3(h * i, h * j, 0.0f));
+        for (unsigned i = 0; i <= n; ++i)
+            s.p.push_back(Vec3(h * i, h * j, 0.0f));
     for (unsigned j = 0; j < n; ++j)
         for (unsigned i = 0; i < n; ++i) {
             const unsigned a = j * (n + 1) + i, b = a + 1, c = a + n + 2, d = a + n + 1;
@@ -111,7 +120,8 @@ inline Soup cylinder(unsigned around, unsigned rings, float r, float height)
         }
     for (unsigned j = 0; j + 1 < rings; ++j)
         for (unsigned i = 0; i < around; ++i) {
-            const unsigned a = j * around + i, b = j * around + (i + 1) % around, c = b + around, d = a + around;
+            const unsigned a = j * around + i, b = j * around + (i + 1) % around, c = b + around,
+                           d = a + around;
             s.t.insert(s.t.end(), {a, b, c, a, c, d});
         }
     return s;
@@ -121,7 +131,8 @@ inline Soup cylinder(unsigned around, unsigned rings, float r, float height)
 inline bool readObj(const std::string& path, Soup& s)
 {
     std::ifstream in(path);
-    if (!in) return false;
+    if (!in)
+        return false;
     std::string line;
     while (std::getline(in, line)) {
         std::istringstream ls(line);
@@ -134,8 +145,10 @@ inline bool readObj(const std::string& path, Soup& s)
         } else if (tag == "f") {
             std::vector<unsigned int> f;
             std::string tok;
-            while (ls >> tok) f.push_back(unsigned(std::stoi(tok.substr(0, tok.find('/'))) - 1));
-            for (std::size_t k = 2; k < f.size(); ++k) s.t.insert(s.t.end(), {f[0], f[k - 1], f[k]});
+            while (ls >> tok)
+                f.push_back(unsigned(std::stoi(tok.substr(0, tok.find('/'))) - 1));
+            for (std::size_t k = 2; k < f.size(); ++k)
+                s.t.insert(s.t.end(), {f[0], f[k - 1], f[k]});
         }
     }
     return !s.t.empty();
@@ -146,15 +159,18 @@ inline bool readObj(const std::string& path, Soup& s)
 inline bool readFacePly(const std::string& path, Soup& s)
 {
     std::ifstream in(path, std::ios::binary);
-    if (!in) return false;
+    if (!in)
+        return false;
     std::string line;
     unsigned vertices = 0, faces = 0;
     while (std::getline(in, line) && line != "end_header") {
         std::istringstream ls(line);
         std::string a, b;
         ls >> a >> b;
-        if (a == "element" && b == "vertex") ls >> vertices;
-        if (a == "element" && b == "face") ls >> faces;
+        if (a == "element" && b == "vertex")
+            ls >> vertices;
+        if (a == "element" && b == "face")
+            ls >> faces;
     }
     s.p.resize(vertices);
     in.read(reinterpret_cast<char*>(s.p.data()), std::streamsize(vertices) * 12);
@@ -163,7 +179,8 @@ inline bool readFacePly(const std::string& path, Soup& s)
         in.read(reinterpret_cast<char*>(&count), 1);
         std::vector<std::int32_t> idx(count);
         in.read(reinterpret_cast<char*>(idx.data()), std::streamsize(count) * 4);
-        for (unsigned k = 2; k < count; ++k) s.t.insert(s.t.end(), {unsigned(idx[0]), unsigned(idx[k - 1]), unsigned(idx[k])});
+        for (unsigned k = 2; k < count; ++k)
+            s.t.insert(s.t.end(), {unsigned(idx[0]), unsigned(idx[k - 1]), unsigned(idx[k])});
     }
     return bool(in);
 }
@@ -187,10 +204,12 @@ inline bool closedOrientedManifold(const Soup& s)
     for (std::size_t i = 0; i < s.t.size(); i += 3)
         for (int k = 0; k < 3; ++k) {
             const unsigned a = s.t[i + k], b = s.t[i + (k + 1) % 3];
-            if (a == b || ++directed[{a, b}] > 1) return false;
+            if (a == b || ++directed[{a, b}] > 1)
+                return false;
         }
     for (const auto& d : directed)
-        if (directed.count({d.first.second, d.first.first}) == 0) return false;
+        if (directed.count({d.first.second, d.first.first}) == 0)
+            return false;
     return true;
 }
 
@@ -199,7 +218,8 @@ inline long eulerCharacteristic(const Soup& s)
 {
     std::vector<char> used(s.p.size(), 0);
     long v = 0;
-    for (unsigned i : s.t) v += used[i] ? 0 : (used[i] = 1);
+    for (unsigned i : s.t)
+        v += used[i] ? 0 : (used[i] = 1);
     return v - long(edgeUses(s).size()) + long(s.t.size() / 3);
 }
 
@@ -239,21 +259,33 @@ inline void expectNoFoldOver(const Soup& input, const Soup& output, unsigned all
 {
     unsigned bad = 0;
     for (std::size_t t = 0; t < output.t.size() / 3; ++t) {
-        const Vec3 c = (output.p[output.t[3 * t]] + output.p[output.t[3 * t + 1]] + output.p[output.t[3 * t + 2]]) / 3.0f;
+        const Vec3 c =
+            (output.p[output.t[3 * t]] + output.p[output.t[3 * t + 1]] + output.p[output.t[3 * t + 2]]) /
+            3.0f;
         float best = std::numeric_limits<float>::max();
         std::size_t nearest = 0;
         for (std::size_t u = 0; u < input.t.size() / 3; ++u) {
-            const Vec3 d = (input.p[input.t[3 * u]] + input.p[input.t[3 * u + 1]] + input.p[input.t[3 * u + 2]]) / 3.0f - c;
-            if (d.SquaredLength() < best) best = d.SquaredLength(), nearest = u;
+            const Vec3 d =
+                (input.p[input.t[3 * u]] + input.p[input.t[3 * u + 1]] + input.p[input.t[3 * u + 2]]) / 3.0f -
+                c;
+            if (d.SquaredLength() < best)
+                best = d.SquaredLength(), nearest = u;
         }
         const bool flipped = faceNormal(output, t).Dot(faceNormal(input, nearest)) <= 0.0f;
-        if (flipped) std::cout << "flipped output triangle " << t << " near input " << nearest << std::endl;
+        if (flipped)
+            std::cout << "flipped output triangle " << t << " near input " << nearest << std::endl;
         bad += flipped;
     }
     EXPECT_LE(bad, allowed);
 }
 
-inline std::string sharedMesh(const char* name) { return std::string(OX_SHARED_DATA_DIR) + "/meshes/" + name; }
-inline std::string bundledMesh(const char* name) { return std::string(OX_TEST_DATA_DIR) + "/meshes/" + name; }
+inline std::string sharedMesh(const char* name)
+{
+    return std::string(OX_SHARED_DATA_DIR) + "/meshes/" + name;
+}
+inline std::string bundledMesh(const char* name)
+{
+    return std::string(OX_TEST_DATA_DIR) + "/meshes/" + name;
+}
 
-} // namespace oxtest
+}  // namespace oxtest

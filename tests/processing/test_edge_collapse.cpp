@@ -31,7 +31,8 @@ struct MetricRun {
         ox::oxMeshProperties props(mesh.get());
         edges = props.edges().edges;
         vparents.resize(s.p.size());
-        for (unsigned v = 0; v < vparents.size(); ++v) vparents[v] = v;
+        for (unsigned v = 0; v < vparents.size(); ++v)
+            vparents[v] = v;
         eparents.resize(edges.size());
         maps.resize(s.p.size());
         for (unsigned e = 0; e < edges.size(); ++e) {
@@ -42,7 +43,10 @@ struct MetricRun {
         metric.init(*mesh, edges, vparents, eparents, maps, costs);
     }
     unsigned edge(unsigned a, unsigned b) const { return maps[a].find(b); }
-    float cost(unsigned e, Vec3& pos) const { return metric.estimateEdgeCost(e, *mesh, edges, vparents, eparents, maps, pos); }
+    float cost(unsigned e, Vec3& pos) const
+    {
+        return metric.estimateEdgeCost(e, *mesh, edges, vparents, eparents, maps, pos);
+    }
 };
 
 float evalQuadric(const Wm4::Matrix4<float>& q, const Vec3& x)
@@ -50,13 +54,14 @@ float evalQuadric(const Wm4::Matrix4<float>& q, const Vec3& x)
     const float h[4] = {x.X(), x.Y(), x.Z(), 1.0f};
     float s = 0;
     for (int r = 0; r < 4; ++r)
-        for (int c = 0; c < 4; ++c) s += h[r] * q(r, c) * h[c];
+        for (int c = 0; c < 4; ++c)
+            s += h[r] * q(r, c) * h[c];
     return s;
 }
 
 /// Runs the collapse and returns the captured standard output.
-std::string collapse(ox::oxTriMesh& m, unsigned target, float maxError, mp::tEdgeCollapseReport* report = nullptr,
-                     const std::vector<bool>* locked = nullptr)
+std::string collapse(ox::oxTriMesh& m, unsigned target, float maxError,
+                     mp::tEdgeCollapseReport* report = nullptr, const std::vector<bool>* locked = nullptr)
 {
     std::ostringstream captured;
     std::streambuf* old = std::cout.rdbuf(captured.rdbuf());
@@ -78,14 +83,17 @@ void expectClosedSimplification(const Soup& input, float ratio, unsigned allowed
     EXPECT_EQ(eulerCharacteristic(out), eulerCharacteristic(input));
     // The 10-triangle neighbourhood limit may stall the run before the target.
     EXPECT_LT(out.t.size(), input.t.size() / 2);
-    if (report.stop == mp::tCollapseStop::TargetReached) EXPECT_LE(out.t.size() / 3, target + 1);
-    else EXPECT_EQ(report.stop, mp::tCollapseStop::NoLegalCollapse);
-    std::cout << input.t.size() / 3 << " -> " << out.t.size() / 3 << " (target " << target << ")" << std::endl;
+    if (report.stop == mp::tCollapseStop::TargetReached)
+        EXPECT_LE(out.t.size() / 3, target + 1);
+    else
+        EXPECT_EQ(report.stop, mp::tCollapseStop::NoLegalCollapse);
+    std::cout << input.t.size() / 3 << " -> " << out.t.size() / 3 << " (target " << target << ")"
+              << std::endl;
     EXPECT_EQ(report.trianglesAfter, out.t.size() / 3);
     expectNoFoldOver(input, out, allowedFlips);
 }
 
-} // namespace
+}  // namespace
 
 TEST(QuadricErrorMetric, PlaneQuadricOfAWellShapedTriangle)
 {
@@ -98,7 +106,8 @@ TEST(QuadricErrorMetric, PlaneQuadricOfAWellShapedTriangle)
     // Plane z^ = 0 in normalised coordinates: Q = n n^T with n = (0, 0, 1, 0).
     const Wm4::Matrix4<float>& q = run.metric.getCostQuadric(1);
     for (int r = 0; r < 4; ++r)
-        for (int c = 0; c < 4; ++c) EXPECT_FLOAT_EQ(q(r, c), (r == 2 && c == 2) ? 1.0f : 0.0f);
+        for (int c = 0; c < 4; ++c)
+            EXPECT_FLOAT_EQ(q(r, c), (r == 2 && c == 2) ? 1.0f : 0.0f);
 }
 
 TEST(QuadricErrorMetric, LineQuadricOfAThinTriangle)
@@ -119,7 +128,8 @@ TEST(QuadricErrorMetric, LineQuadricOfAThinTriangle)
 TEST(QuadricErrorMetric, OptimalPositionOnAPlaneIsTheMidpoint)
 {
     Soup g = grid(6, 0.5f);
-    for (Vec3& p : g.p) p = Vec3(p.X(), 0.3f * p.X() + 2.0f, p.Y()); // tilted plane y = 0.3 x + 2
+    for (Vec3& p : g.p)
+        p = Vec3(p.X(), 0.3f * p.X() + 2.0f, p.Y());  // tilted plane y = 0.3 x + 2
     MetricRun run(g);
     const unsigned a = 3 * 7 + 3, b = a + 1;
     Vec3 pos;
@@ -133,9 +143,10 @@ TEST(QuadricErrorMetric, OptimalPositionOnACreaseLiesOnTheCrease)
 {
     // Roof: two planes z = +-x meeting along the y axis; an edge along the crease.
     Soup g = grid(6, 1.0f);
-    for (Vec3& p : g.p) p = Vec3(p.X() - 3.0f, p.Y(), -std::fabs(p.X() - 3.0f));
+    for (Vec3& p : g.p)
+        p = Vec3(p.X() - 3.0f, p.Y(), -std::fabs(p.X() - 3.0f));
     MetricRun run(g);
-    const unsigned a = 3 * 7 + 3, b = 4 * 7 + 3; // (0, 3) and (0, 4): both on the crease
+    const unsigned a = 3 * 7 + 3, b = 4 * 7 + 3;  // (0, 3) and (0, 4): both on the crease
     Vec3 pos;
     const float cost = run.cost(run.edge(a, b), pos);
     EXPECT_NEAR(cost, 0.0f, 1e-5f);
@@ -147,18 +158,19 @@ TEST(QuadricErrorMetric, OptimalPositionOnACreaseLiesOnTheCrease)
 TEST(QuadricErrorMetric, TenTrianglesAroundAnEdgeAreTheLimit)
 {
     Soup g = grid(6, 1.0f);
-    const unsigned a = 3 * 7 + 3, b = a + 1; // interior, valency 6 + 6
+    const unsigned a = 3 * 7 + 3, b = a + 1;  // interior, valency 6 + 6
     {
         MetricRun run(g);
         Vec3 pos;
         EXPECT_TRUE(std::isfinite(run.cost(run.edge(a, b), pos)));
     }
     // Split a triangle at a that does not touch b: a gets valency 7 (11 triangles around).
-    const unsigned below = a - 7; // triangle (below, below + 1, a) from the quad under a
+    const unsigned below = a - 7;  // triangle (below, below + 1, a) from the quad under a
     std::size_t tri = 0;
     for (; tri < g.t.size() / 3; ++tri) {
         const unsigned* c = &g.t[3 * tri];
-        if (c[0] == below - 1 && c[1] == below && c[2] == a) break;
+        if (c[0] == below - 1 && c[1] == below && c[2] == a)
+            break;
     }
     ASSERT_LT(tri, g.t.size() / 3);
     const unsigned c0 = g.t[3 * tri], c1 = g.t[3 * tri + 1], c2 = g.t[3 * tri + 2];
@@ -193,7 +205,8 @@ TEST(QuadricErrorMetric, FoldOverIsRejected)
                 touches |= s.t[3 * t + k] == a || s.t[3 * t + k] == b;
                 q[k] = (s.t[3 * t + k] == a || s.t[3 * t + k] == b) ? pos : p[k];
             }
-            if (touches && (p[1] - p[0]).Cross(p[2] - p[0]).Dot((q[1] - q[0]).Cross(q[2] - q[0])) < 0) flips = true;
+            if (touches && (p[1] - p[0]).Cross(p[2] - p[0]).Dot((q[1] - q[0]).Cross(q[2] - q[0])) < 0)
+                flips = true;
         }
         EXPECT_EQ(std::isinf(c), flips) << "edge " << a << "-" << b;
         (std::isinf(c) ? rejected : accepted) += 1;
@@ -252,7 +265,7 @@ TEST(GenericEdgeCollapse, SurvivorsAreSmallerIndicesAndColoured)
     // The output keeps surviving vertices in order: map them back to input indices by position
     // of untouched vertices and by colour.
     unsigned moved = 0, untouched = 0;
-    std::vector<unsigned> kept; // input index of every output vertex, for untouched ones
+    std::vector<unsigned> kept;  // input index of every output vertex, for untouched ones
     for (int v = 0; v < vb->GetVertexQuantity(); ++v) {
         const Wm4::ColorRGB c = vb->Color3(0, v);
         const bool isSurvivor = c == Wm4::ColorRGB(0.2f, 0.2f, 1.0f);
@@ -268,8 +281,10 @@ TEST(GenericEdgeCollapse, SurvivorsAreSmallerIndicesAndColoured)
     // vertex is input vertex 0 and every untouched vertex keeps its input position.
     unsigned j = 0;
     for (int v = 0; v < vb->GetVertexQuantity(); ++v) {
-        if (vb->Color3(0, v) == Wm4::ColorRGB(0.2f, 0.2f, 1.0f)) continue;
-        while (j < before.p.size() && !(before.p[j] == vb->Position3(v))) ++j;
+        if (vb->Color3(0, v) == Wm4::ColorRGB(0.2f, 0.2f, 1.0f))
+            continue;
+        while (j < before.p.size() && !(before.p[j] == vb->Position3(v)))
+            ++j;
         EXPECT_LT(j, before.p.size()) << "untouched output vertex " << v << " not in input order";
     }
 }
@@ -278,7 +293,7 @@ TEST(GenericEdgeCollapse, SurvivorOfASingleCollapseIsTheSmallerIndex)
 {
     // One collapse on a grid: the vertex that disappears has the larger index of the edge.
     Soup g = grid(6, 1.0f);
-    g.p[3 * 7 + 3].Z() = 0.001f; // make one interior edge the cheapest: (24, 25) region
+    g.p[3 * 7 + 3].Z() = 0.001f;  // make one interior edge the cheapest: (24, 25) region
     MeshPtr m = toMesh(g, false, true);
     mp::tEdgeCollapseReport report;
     collapse(*m, unsigned(g.t.size() / 3) - 2, 1e30f, &report);
@@ -286,13 +301,16 @@ TEST(GenericEdgeCollapse, SurvivorOfASingleCollapseIsTheSmallerIndex)
     const ox::oxVertexBuffer* vb = m->GetVertexBuffer();
     int survivor = -1;
     for (int v = 0; v < vb->GetVertexQuantity(); ++v)
-        if (vb->Color3(0, v) == Wm4::ColorRGB(0.2f, 0.2f, 1.0f)) survivor = v;
+        if (vb->Color3(0, v) == Wm4::ColorRGB(0.2f, 0.2f, 1.0f))
+            survivor = v;
     ASSERT_GE(survivor, 0);
     // Output vertex `survivor` is input vertex `survivor` (all earlier vertices survive) and the
     // removed vertex is a neighbour with a larger index: every later output vertex is shifted.
-    for (int v = 0; v < survivor; ++v) EXPECT_EQ(vb->Position3(v), g.p[v]);
+    for (int v = 0; v < survivor; ++v)
+        EXPECT_EQ(vb->Position3(v), g.p[v]);
     unsigned shifted = 0;
-    for (int v = survivor + 1; v < vb->GetVertexQuantity(); ++v) shifted += !(vb->Position3(v) == g.p[v]);
+    for (int v = survivor + 1; v < vb->GetVertexQuantity(); ++v)
+        shifted += !(vb->Position3(v) == g.p[v]);
     EXPECT_GT(shifted, 0u);
 }
 
@@ -301,14 +319,17 @@ TEST(GenericEdgeCollapse, LockedVerticesStay)
     MeshPtr m = sphere(16, 16, 1.0f);
     const Soup before = toSoup(*m);
     std::vector<bool> locked(before.p.size(), false);
-    for (std::size_t v = 0; v < locked.size(); ++v) locked[v] = before.p[v].Z() > 0.2f;
+    for (std::size_t v = 0; v < locked.size(); ++v)
+        locked[v] = before.p[v].Z() > 0.2f;
     collapse(*m, 100, 1e30f, nullptr, &locked);
     const Soup out = toSoup(*m);
     // Every locked input position is still present exactly.
     for (std::size_t v = 0; v < before.p.size(); ++v) {
-        if (!locked[v]) continue;
+        if (!locked[v])
+            continue;
         bool found = false;
-        for (const Vec3& p : out.p) found |= p == before.p[v];
+        for (const Vec3& p : out.p)
+            found |= p == before.p[v];
         EXPECT_TRUE(found) << v;
     }
     EXPECT_TRUE(closedOrientedManifold(out));
@@ -336,25 +357,28 @@ TEST(GenericEdgeCollapse, OpenMeshKeepsItsBoundary)
     collapse(*m, 300, 1e30f);
     const Soup out = toSoup(*m);
     unsigned boundaryBefore = 0, boundaryAfter = 0, nonManifold = 0;
-    for (const auto& e : edgeUses(woody)) boundaryBefore += e.second == 1;
-    for (const auto& e : edgeUses(out)) boundaryAfter += e.second == 1, nonManifold += e.second > 2;
+    for (const auto& e : edgeUses(woody))
+        boundaryBefore += e.second == 1;
+    for (const auto& e : edgeUses(out))
+        boundaryAfter += e.second == 1, nonManifold += e.second > 2;
     EXPECT_EQ(nonManifold, 0u);
-    EXPECT_EQ(boundaryAfter, boundaryBefore); // boundary edges never collapse
+    EXPECT_EQ(boundaryAfter, boundaryBefore);  // boundary edges never collapse
     expectNoFoldOver(woody, out);
 }
 
 TEST(GenericEdgeCollapse, IgeaToTenPercent)
 {
     Soup igea;
-    if (!readFacePly(sharedMesh("igea-faces.ply"), igea)) GTEST_SKIP() << "shared data set absent";
+    if (!readFacePly(sharedMesh("igea-faces.ply"), igea))
+        GTEST_SKIP() << "shared data set absent";
     MeshPtr m = toMesh(igea);
     const unsigned target = unsigned(igea.t.size() / 3 / 10);
     mp::tEdgeCollapseReport report;
     const auto start = std::chrono::steady_clock::now();
     collapse(*m, target, 1e30f, &report);
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    std::cout << "igea " << igea.t.size() / 3 << " -> " << report.trianglesAfter << " triangles in " << seconds
-              << " s" << std::endl;
+    std::cout << "igea " << igea.t.size() / 3 << " -> " << report.trianglesAfter << " triangles in "
+              << seconds << " s" << std::endl;
     const Soup out = toSoup(*m);
     EXPECT_TRUE(closedOrientedManifold(out));
     EXPECT_EQ(eulerCharacteristic(out), eulerCharacteristic(igea));

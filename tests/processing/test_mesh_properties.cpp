@@ -31,7 +31,7 @@ Soup quad4(std::vector<unsigned> t)
     return s;
 }
 
-} // namespace
+}  // namespace
 
 TEST(MeshPropertiesEdges, SingleTriangle)
 {
@@ -67,7 +67,7 @@ TEST(MeshPropertiesEdges, ThreeTrianglesOnOneEdge)
     oxMeshProperties props(m.get());
     const auto& table = props.edges();
     expectEdge(table.edges[0], 0, 1, 0, 2);
-    EXPECT_EQ(table.triangleEdges[1].e[0], 0u); // the middle triangle reaches it only here
+    EXPECT_EQ(table.triangleEdges[1].e[0], 0u);  // the middle triangle reaches it only here
 }
 
 TEST(MeshPropertiesEdges, IncidentListsInDescendingKeyOrder)
@@ -90,7 +90,8 @@ TEST(MeshPropertiesEdges, IncidentListsInDescendingKeyOrder)
     std::vector<unsigned> expected;
     for (unsigned other : {3u, 2u, 1u, 0u})
         for (unsigned e = 0; e < table.edges.size(); ++e)
-            if (table.edges[e].v0 == other && table.edges[e].v1 == 4) expected.push_back(e);
+            if (table.edges[e].v0 == other && table.edges[e].v1 == 4)
+                expected.push_back(e);
     EXPECT_EQ(table.vertexEdges[4], expected);
     EXPECT_EQ(props.vertexValency().values, (std::vector<unsigned>{3, 3, 3, 3, 4}));
 }
@@ -105,7 +106,7 @@ TEST(MeshPropertiesNormals, DegenerateTriangleHasZeroNormalAndNoWeight)
     EXPECT_EQ(tn[1], Vec3(0, 0, 0));
     const auto& vn = props.vertexNormals().values;
     EXPECT_EQ(vn[1], Vec3(0, 0, 1));
-    EXPECT_EQ(vn[3], Vec3(0, 0, 0)); // in no triangle
+    EXPECT_EQ(vn[3], Vec3(0, 0, 0));  // in no triangle
 }
 
 TEST(MeshPropertiesNormals, AngleWeightedNormalsOfSphereArePositionDirections)
@@ -148,7 +149,7 @@ TEST(MeshPropertiesCurvature, SphereHasBothCurvaturesOneOverRadius)
     const auto& k = props.curvature().values;
     EXPECT_TRUE(props.pCurvature()->computed);
     std::vector<float> k1, k2;
-    for (std::size_t v = 2; v < k.size(); ++v) { // skip the poles
+    for (std::size_t v = 2; v < k.size(); ++v) {  // skip the poles
         k1.push_back(k[v].k1);
         k2.push_back(k[v].k2);
         EXPECT_LE(std::fabs(k[v].k1), std::fabs(k[v].k2));
@@ -177,7 +178,7 @@ TEST(MeshPropertiesCurvature, CylinderHasZeroAndOneOverRadius)
             k1.push_back(c.k1);
             k2.push_back(c.k2);
             ++counted;
-            aligned += std::fabs(c.direction1.Z()) > 0.9f; // the flat direction is the axis
+            aligned += std::fabs(c.direction1.Z()) > 0.9f;  // the flat direction is the axis
         }
     std::sort(k1.begin(), k1.end());
     std::sort(k2.begin(), k2.end());

@@ -17,7 +17,8 @@ using namespace oxtest;
 namespace mp = ox::oxMeshProcessing;
 
 /// Runs QuadricSimplify; returns what it printed.
-std::string simplify(ox::oxTriMesh& m, unsigned target, float maxError = std::numeric_limits<float>::infinity(),
+std::string simplify(ox::oxTriMesh& m, unsigned target,
+                     float maxError = std::numeric_limits<float>::infinity(),
                      mp::tEdgeCollapseReport* report = nullptr, const std::vector<bool>* locked = nullptr)
 {
     std::ostringstream captured;
@@ -39,7 +40,8 @@ Soup subdividedCube(unsigned n)
     auto vertex = [&](unsigned x, unsigned y, unsigned z) {
         const auto key = std::make_tuple(x, y, z);
         auto it = index.find(key);
-        if (it != index.end()) return it->second;
+        if (it != index.end())
+            return it->second;
         s.p.push_back(Vec3(float(x) / n, float(y) / n, float(z) / n));
         return index[key] = unsigned(s.p.size() - 1);
     };
@@ -68,7 +70,8 @@ Soup subdividedCube(unsigned n)
 double area(const Soup& s)
 {
     double total = 0.0;
-    for (std::size_t t = 0; t < s.t.size() / 3; ++t) total += 0.5 * faceNormal(s, t).Length();
+    for (std::size_t t = 0; t < s.t.size() / 3; ++t)
+        total += 0.5 * faceNormal(s, t).Length();
     return total;
 }
 
@@ -85,7 +88,8 @@ TEST(QuadricSimplify, SubdividedCubeReturnsToItsCorners)
     EXPECT_EQ(out.t.size() / 3, 12u);
     EXPECT_EQ(out.p.size(), 8u);
     for (const Vec3& p : out.p)
-        for (int k = 0; k < 3; ++k) EXPECT_NEAR(std::min(std::fabs(p[k]), std::fabs(p[k] - 1.0f)), 0.0f, 1e-5f);
+        for (int k = 0; k < 3; ++k)
+            EXPECT_NEAR(std::min(std::fabs(p[k]), std::fabs(p[k] - 1.0f)), 0.0f, 1e-5f);
     EXPECT_TRUE(closedOrientedManifold(out));
     EXPECT_NEAR(area(out), 6.0, 1e-4);
 }
@@ -103,13 +107,14 @@ TEST(QuadricSimplify, FlatPatchKeepsItsPlaneOutlineAndArea)
     for (const Vec3& p : out.p) {
         EXPECT_EQ(p.Z(), 0.0f);
         // On the outline: the border planes hold border vertices on the square's sides.
-        const float toSide = std::min({std::fabs(p.X()), std::fabs(p.X() - 10.0f), std::fabs(p.Y()),
-                                       std::fabs(p.Y() - 10.0f)});
+        const float toSide = std::min(
+            {std::fabs(p.X()), std::fabs(p.X() - 10.0f), std::fabs(p.Y()), std::fabs(p.Y() - 10.0f)});
         EXPECT_LT(toSide, 1e-4f) << p.X() << " " << p.Y();
     }
     for (const Vec3 corner : {Vec3(0, 0, 0), Vec3(10, 0, 0), Vec3(10, 10, 0), Vec3(0, 10, 0)}) {
         float nearest = std::numeric_limits<float>::max();
-        for (const Vec3& p : out.p) nearest = std::min(nearest, (p - corner).Length());
+        for (const Vec3& p : out.p)
+            nearest = std::min(nearest, (p - corner).Length());
         EXPECT_LT(nearest, 1e-4f) << corner.X() << " " << corner.Y();
     }
     expectNoFoldOver(patch, out);
@@ -138,7 +143,8 @@ TEST(QuadricSimplify, SphereAndTorusStayClosedOnTheirSurface)
     const Soup ball = toSoup(*sphere(40, 40, 1.0f));
     const Soup sphereOut = expectClosedAtTarget(ball, 0.1f);
     // 312 triangles: edges about 0.25 long, sagitta 0.008; merged vertices sit just outside.
-    for (const Vec3& p : sphereOut.p) EXPECT_NEAR(p.Length(), 1.0f, 0.02f);
+    for (const Vec3& p : sphereOut.p)
+        EXPECT_NEAR(p.Length(), 1.0f, 0.02f);
     expectNoFoldOver(ball, sphereOut);
 
     const Soup ring = torus(80, 30, 2.0f, 0.6f);
@@ -168,7 +174,8 @@ TEST(QuadricSimplify, OpenMeshStaysManifoldWithItsTopology)
     simplify(*m, unsigned(woody.t.size() / 3 / 10));
     const Soup out = toSoup(*m);
     unsigned nonManifold = 0;
-    for (const auto& e : edgeUses(out)) nonManifold += e.second > 2;
+    for (const auto& e : edgeUses(out))
+        nonManifold += e.second > 2;
     EXPECT_EQ(nonManifold, 0u);
     EXPECT_EQ(eulerCharacteristic(out), eulerCharacteristic(woody));
     expectNoFoldOver(woody, out, 1);
@@ -206,7 +213,8 @@ TEST(QuadricSimplify, LockedVerticesStayAndRunsRepeat)
 {
     const Soup ball = toSoup(*sphere(24, 24, 1.0f));
     std::vector<bool> locked(ball.p.size(), false);
-    for (std::size_t v = 0; v < locked.size(); ++v) locked[v] = ball.p[v].Z() > 0.3f;
+    for (std::size_t v = 0; v < locked.size(); ++v)
+        locked[v] = ball.p[v].Z() > 0.3f;
     MeshPtr first = toMesh(ball), second = toMesh(ball);
     simplify(*first, 150, std::numeric_limits<float>::infinity(), nullptr, &locked);
     simplify(*second, 150, std::numeric_limits<float>::infinity(), nullptr, &locked);
@@ -222,4 +230,4 @@ TEST(QuadricSimplify, LockedVerticesStayAndRunsRepeat)
     EXPECT_TRUE(std::equal(out.p.begin(), out.p.end(), again.p.begin(), again.p.end()));
 }
 
-} // namespace
+}  // namespace

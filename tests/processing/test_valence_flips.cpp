@@ -20,25 +20,30 @@ struct ValenceCensus {
     std::vector<int> valence;
     long deviation = 0;
 
-    explicit ValenceCensus(const Soup& s) : valence(s.p.size(), 0) {
+    explicit ValenceCensus(const Soup& s) : valence(s.p.size(), 0)
+    {
         std::vector<int> ideal(s.p.size(), 6);
         for (const auto& edge : oxtest::edgeUses(s)) {
             ++valence[edge.first.first];
             ++valence[edge.first.second];
-            if (edge.second == 1) ideal[edge.first.first] = ideal[edge.first.second] = 4;
+            if (edge.second == 1)
+                ideal[edge.first.first] = ideal[edge.first.second] = 4;
         }
         for (std::size_t v = 0; v < s.p.size(); ++v)
-            if (valence[v]) deviation += long(valence[v] - ideal[v]) * (valence[v] - ideal[v]);
+            if (valence[v])
+                deviation += long(valence[v] - ideal[v]) * (valence[v] - ideal[v]);
     }
 };
 
-Vec3 normalOf(const Soup& s, std::size_t t) {
+Vec3 normalOf(const Soup& s, std::size_t t)
+{
     const Vec3 &a = s.p[s.t[3 * t]], &b = s.p[s.t[3 * t + 1]], &c = s.p[s.t[3 * t + 2]];
     return (b - a).Cross(c - a);
 }
 
 /// Degrees between the two triangles of every interior edge, keyed by the edge.
-std::map<std::pair<unsigned, unsigned>, float> bendAngles(const Soup& s) {
+std::map<std::pair<unsigned, unsigned>, float> bendAngles(const Soup& s)
+{
     std::map<std::pair<unsigned, unsigned>, std::vector<std::size_t>> triangles;
     for (std::size_t t = 0; t < s.t.size() / 3; ++t)
         for (int k = 0; k < 3; ++k) {
@@ -47,7 +52,8 @@ std::map<std::pair<unsigned, unsigned>, float> bendAngles(const Soup& s) {
         }
     std::map<std::pair<unsigned, unsigned>, float> bends;
     for (const auto& entry : triangles) {
-        if (entry.second.size() != 2) continue;
+        if (entry.second.size() != 2)
+            continue;
         const Vec3 n0 = normalOf(s, entry.second[0]), n1 = normalOf(s, entry.second[1]);
         const float c = std::max(-1.0f, std::min(1.0f, n0.Dot(n1) / (n0.Length() * n1.Length())));
         bends[entry.first] = std::acos(c) * 57.2957795f;
@@ -55,7 +61,8 @@ std::map<std::pair<unsigned, unsigned>, float> bendAngles(const Soup& s) {
     return bends;
 }
 
-TEST(ValenceFlips, SpherePolesLoseTheirCrowdedFansAndTheSurfaceStaysIntact) {
+TEST(ValenceFlips, SpherePolesLoseTheirCrowdedFansAndTheSurfaceStaysIntact)
+{
     const oxtest::MeshPtr mesh = oxtest::sphere(10, 16, 1.0f);
     const Soup before = oxtest::toSoup(*mesh);
     ASSERT_TRUE(oxtest::closedOrientedManifold(before));
@@ -75,14 +82,17 @@ TEST(ValenceFlips, SpherePolesLoseTheirCrowdedFansAndTheSurfaceStaysIntact) {
     EXPECT_EQ(oxtest::eulerCharacteristic(after), oxtest::eulerCharacteristic(before));
     ASSERT_EQ(after.t.size(), before.t.size());
     ASSERT_EQ(after.p.size(), before.p.size());
-    for (std::size_t v = 0; v < before.p.size(); ++v) EXPECT_EQ(after.p[v], before.p[v]) << "vertex " << v;
+    for (std::size_t v = 0; v < before.p.size(); ++v)
+        EXPECT_EQ(after.p[v], before.p[v]) << "vertex " << v;
     for (std::size_t t = 0; t < after.t.size() / 3; ++t) {
-        const Vec3 centroid = (after.p[after.t[3 * t]] + after.p[after.t[3 * t + 1]] + after.p[after.t[3 * t + 2]]) / 3.0f;
+        const Vec3 centroid =
+            (after.p[after.t[3 * t]] + after.p[after.t[3 * t + 1]] + after.p[after.t[3 * t + 2]]) / 3.0f;
         EXPECT_GT(normalOf(after, t).Dot(centroid), 0.0f) << "triangle " << t << " faces inwards";
     }
 }
 
-TEST(ValenceFlips, OnlyEdgesBetweenTrianglesWithinTheBendLimitAreFlipped) {
+TEST(ValenceFlips, OnlyEdgesBetweenTrianglesWithinTheBendLimitAreFlipped)
+{
     const oxtest::MeshPtr mesh = oxtest::sphere(10, 16, 1.0f);
     const Soup before = oxtest::toSoup(*mesh);
     const auto bends = bendAngles(before);
@@ -95,7 +105,8 @@ TEST(ValenceFlips, OnlyEdgesBetweenTrianglesWithinTheBendLimitAreFlipped) {
     }
 }
 
-TEST(ValenceFlips, MeshesAtTheirIdealValencesOrWithoutLegalFlipsAreLeftAlone) {
+TEST(ValenceFlips, MeshesAtTheirIdealValencesOrWithoutLegalFlipsAreLeftAlone)
+{
     // Torus: every vertex has 6 edges. Open cylinder: 6 inside, 4 on both borders.
     for (const Soup& regular : {oxtest::torus(12, 8, 2.0f, 0.5f), oxtest::cylinder(12, 5, 1.0f, 2.0f)}) {
         const oxtest::MeshPtr mesh = oxtest::toMesh(regular);
@@ -106,23 +117,28 @@ TEST(ValenceFlips, MeshesAtTheirIdealValencesOrWithoutLegalFlipsAreLeftAlone) {
     // vertex with 2 edges, so nothing may flip.
     Soup fan;
     fan.p.push_back(Vec3(0, 0, 0));
-    for (unsigned i = 0; i < 10; ++i) fan.p.push_back(Vec3(std::cos(0.6283185f * i), std::sin(0.6283185f * i), 0));
-    for (unsigned i = 0; i < 10; ++i) fan.t.insert(fan.t.end(), {0u, 1 + i, 1 + (i + 1) % 10});
+    for (unsigned i = 0; i < 10; ++i)
+        fan.p.push_back(Vec3(std::cos(0.6283185f * i), std::sin(0.6283185f * i), 0));
+    for (unsigned i = 0; i < 10; ++i)
+        fan.t.insert(fan.t.end(), {0u, 1 + i, 1 + (i + 1) % 10});
     const oxtest::MeshPtr mesh = oxtest::toMesh(fan);
     EXPECT_EQ(ox::oxMeshProcessing::FlipEdgesForValence(*mesh, 90.0f), 0u);
     EXPECT_EQ(oxtest::toSoup(*mesh).t, fan.t);
 }
 
-TEST(ValenceFlips, AnEdgeOfThreeTrianglesIsNeverFlipped) {
+TEST(ValenceFlips, AnEdgeOfThreeTrianglesIsNeverFlipped)
+{
     // The sphere with a third triangle on one pole spoke: that edge must survive.
     const oxtest::MeshPtr sphere = oxtest::sphere(10, 16, 1.0f);
     Soup s = oxtest::toSoup(*sphere);
     const ValenceCensus census(s);
-    const unsigned pole = unsigned(std::max_element(census.valence.begin(), census.valence.end()) - census.valence.begin());
+    const unsigned pole =
+        unsigned(std::max_element(census.valence.begin(), census.valence.end()) - census.valence.begin());
     unsigned spoke = 0;
     for (std::size_t i = 0; i < s.t.size() && !spoke; i += 3)
         for (int k = 0; k < 3; ++k)
-            if (s.t[i + k] == pole) spoke = s.t[i + (k + 1) % 3];
+            if (s.t[i + k] == pole)
+                spoke = s.t[i + (k + 1) % 3];
     s.p.push_back(Vec3(0.0f, 0.0f, 0.0f));  // the centre: a fin inside the sphere
     s.t.insert(s.t.end(), {pole, spoke, unsigned(s.p.size() - 1)});
     const oxtest::MeshPtr mesh = oxtest::toMesh(s);

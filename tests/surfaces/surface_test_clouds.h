@@ -28,7 +28,8 @@ struct tCloud {
 /// A ready query over the given oriented points. radius <= 0: radii from the 16-neighbour
 /// graph (factor 4); otherwise every point gets that support radius.
 inline std::unique_ptr<tCloud> makeCloud(const std::vector<V3>& positions, const std::vector<V3>& normals,
-                                         float radius = 0.0f) {
+                                         float radius = 0.0f)
+{
     auto cloud = std::make_unique<tCloud>();
     ox::oxAttributes layout;
     layout.SetPositionChannels(3);
@@ -51,14 +52,16 @@ inline std::unique_ptr<tCloud> makeCloud(const std::vector<V3>& positions, const
     if (radius <= 0.0f) {
         cloud->query->computePointRadii();
     } else {
-        for (int i = 0; i < n; ++i) vb.PSize1(i) = radius;
+        for (int i = 0; i < n; ++i)
+            vb.PSize1(i) = radius;
         cloud->bvh->computeBBoxes(&vb.PSize1(0), stride);
     }
     return cloud;
 }
 
 /// Unit vector of a Fibonacci spiral, i of count: near-uniform directions on the sphere.
-inline V3 fibonacciDirection(unsigned i, unsigned count) {
+inline V3 fibonacciDirection(unsigned i, unsigned count)
+{
     const float golden = 2.39996323f;
     const float z = 1.0f - 2.0f * (float(i) + 0.5f) / float(count);
     const float s = std::sqrt(std::max(0.0f, 1.0f - z * z));
@@ -66,7 +69,9 @@ inline V3 fibonacciDirection(unsigned i, unsigned count) {
 }
 
 /// `count` points on the sphere of `centre` and `radius`, outward normals.
-inline std::unique_ptr<tCloud> sphereCloud(unsigned count, const V3& centre, float radius, float support = 0.0f) {
+inline std::unique_ptr<tCloud> sphereCloud(unsigned count, const V3& centre, float radius,
+                                           float support = 0.0f)
+{
     std::vector<V3> p, n;
     for (unsigned i = 0; i < count; ++i) {
         const V3 d = fibonacciDirection(i, count);
@@ -78,7 +83,8 @@ inline std::unique_ptr<tCloud> sphereCloud(unsigned count, const V3& centre, flo
 
 /// Torus around the z axis: tube centre radius R, tube radius r; outward normals. A
 /// jittered u-v grid of nu x nv samples.
-inline std::unique_ptr<tCloud> torusCloud(unsigned nu, unsigned nv, float R, float r) {
+inline std::unique_ptr<tCloud> torusCloud(unsigned nu, unsigned nv, float R, float r)
+{
     std::vector<V3> p, n;
     std::mt19937 rng(7);
     std::uniform_real_distribution<float> jitter(-0.25f, 0.25f);
@@ -94,7 +100,8 @@ inline std::unique_ptr<tCloud> torusCloud(unsigned nu, unsigned nv, float R, flo
 }
 
 /// Signed distance to that torus (positive outside).
-inline float torusDistance(const V3& x, float R, float r) {
+inline float torusDistance(const V3& x, float R, float r)
+{
     const float q = std::sqrt(x.X() * x.X() + x.Y() * x.Y()) - R;
     return std::sqrt(q * q + x.Z() * x.Z()) - r;
 }

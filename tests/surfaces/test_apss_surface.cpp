@@ -16,15 +16,18 @@ using oxtest::V3;
 
 namespace {
 
-::testing::AssertionResult near(const V3& a, const V3& b, float tolerance) {
-    if ((a - b).Length() <= tolerance) return ::testing::AssertionSuccess();
-    return ::testing::AssertionFailure() << "(" << a.X() << ", " << a.Y() << ", " << a.Z() << ") vs (" << b.X()
-                                         << ", " << b.Y() << ", " << b.Z() << ")";
+::testing::AssertionResult near(const V3& a, const V3& b, float tolerance)
+{
+    if ((a - b).Length() <= tolerance)
+        return ::testing::AssertionSuccess();
+    return ::testing::AssertionFailure() << "(" << a.X() << ", " << a.Y() << ", " << a.Z() << ") vs ("
+                                         << b.X() << ", " << b.Y() << ", " << b.Z() << ")";
 }
 
 }  // namespace
 
-TEST(AlgebraicSphere, StatedValues) {
+TEST(AlgebraicSphere, StatedValues)
+{
     Sphere s;
     EXPECT_EQ(s.getU0(), 0.0f);
     EXPECT_EQ(s.getU4(), 0.0f);
@@ -59,7 +62,8 @@ TEST(AlgebraicSphere, StatedValues) {
         << "a tiny gradient is returned unnormalised";
 }
 
-TEST(AlgebraicSphere, ProjectionDistanceAndRaysAgainstClosedForms) {
+TEST(AlgebraicSphere, ProjectionDistanceAndRaysAgainstClosedForms)
+{
     std::mt19937 rng(3);
     std::uniform_real_distribution<float> u(-2.0f, 2.0f);
     for (int t = 0; t < 200; ++t) {
@@ -95,7 +99,8 @@ TEST(AlgebraicSphere, ProjectionDistanceAndRaysAgainstClosedForms) {
         EXPECT_NEAR(hit, 1.0f, 2e-5f);
         float untouched = 42.0f;
         // A ray that misses: offset sideways by more than the radius.
-        const V3 side = dir.UnitCross(std::fabs(dir.X()) < 0.9f ? V3(1.0f, 0.0f, 0.0f) : V3(0.0f, 1.0f, 0.0f));
+        const V3 side =
+            dir.UnitCross(std::fabs(dir.X()) < 0.9f ? V3(1.0f, 0.0f, 0.0f) : V3(0.0f, 1.0f, 0.0f));
         EXPECT_FALSE(scaled.intersectRay(c + side * (r * 1.5f), dir, untouched));
         EXPECT_EQ(untouched, 42.0f);
     }
@@ -105,7 +110,8 @@ TEST(AlgebraicSphere, ProjectionDistanceAndRaysAgainstClosedForms) {
     EXPECT_EQ(imaginary.distanceToSurface(V3(1.0f, 2.0f, 3.0f)), std::numeric_limits<float>::infinity());
 }
 
-TEST(APSSSurface, GatheringMatchesExhaustiveSums) {
+TEST(APSSSurface, GatheringMatchesExhaustiveSums)
+{
     // Random cloud, random normals: the fit from the traversal equals the fit from sums
     // over every point that passes the strict support test.
     std::mt19937 rng(11);
@@ -126,7 +132,8 @@ TEST(APSSSurface, GatheringMatchesExhaustiveSums) {
         for (int j = 0; j < vb.GetVertexQuantity(); ++j) {
             const V3 q = vb.Position3(j);
             const double d2 = (q - x).SquaredLength(), r = vb.PSize1(j);
-            if (!(r * r > d2)) continue;
+            if (!(r * r > d2))
+                continue;
             const double s = 1.0 - d2 / (r * r), wj = s * s * s * s;
             const V3 nj = vb.Normal3(j);
             count += 1;
@@ -143,17 +150,20 @@ TEST(APSSSurface, GatheringMatchesExhaustiveSums) {
         const double dotPP = wp[0] * wp[0] + wp[1] * wp[1] + wp[2] * wp[2];
         const double u4 = 0.5 * (wpn - dotPN / w) / (wpp - dotPP / w);
         double u123[3];
-        for (int a = 0; a < 3; ++a) u123[a] = (wn[a] - 2 * u4 * wp[a]) / w;
+        for (int a = 0; a < 3; ++a)
+            u123[a] = (wn[a] - 2 * u4 * wp[a]) / w;
         const double u0 = -(u123[0] * wp[0] + u123[1] * wp[1] + u123[2] * wp[2] + u4 * wpp) / w;
         const Sphere s = surface.fitSphere(x);
         const double scale = std::fabs(u0) + std::fabs(u4) + 1.0;
         EXPECT_NEAR(s.getU4(), u4, 2e-3 * scale) << t;
         EXPECT_NEAR(s.getU0(), u0, 2e-3 * scale) << t;
-        for (int a = 0; a < 3; ++a) EXPECT_NEAR(s.getU123()[a], u123[a], 2e-3 * scale) << t;
+        for (int a = 0; a < 3; ++a)
+            EXPECT_NEAR(s.getU123()[a], u123[a], 2e-3 * scale) << t;
     }
 }
 
-TEST(APSSSurface, FitsASampledSphere) {
+TEST(APSSSurface, FitsASampledSphere)
+{
     const V3 c(0.1f, -0.05f, 0.02f);
     auto cloud = oxtest::sphereCloud(4000, c, 0.5f);
     oxAPSSSurface surface(cloud->query.get());
@@ -182,7 +192,8 @@ TEST(APSSSurface, FitsASampledSphere) {
     }
 }
 
-TEST(APSSSurface, FitsAPlaneAndFallsBackFarAway) {
+TEST(APSSSurface, FitsAPlaneAndFallsBackFarAway)
+{
     std::vector<V3> p, n;
     for (int i = 0; i < 60; ++i)
         for (int j = 0; j < 60; ++j) {

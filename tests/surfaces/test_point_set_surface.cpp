@@ -9,7 +9,8 @@
 
 using V3 = Wm4::Vector3<float>;
 
-TEST(PointSetSurfaceWeights, KernelValues) {
+TEST(PointSetSurfaceWeights, KernelValues)
+{
     EXPECT_FLOAT_EQ(ox::oxPointSetSurface::WeightFunction(0.5f), 0.31640625f);  // 0.75^4
     EXPECT_EQ(ox::oxPointSetSurface::WeightFunction(0.0f), 1.0f);
     EXPECT_EQ(ox::oxPointSetSurface::WeightFunction(1.0f), 0.0f);
@@ -32,11 +33,13 @@ namespace {
 class tTwoSlotSurface : public ox::oxPointSetSurface {
 public:
     tTwoSlotSurface() : ox::oxPointSetSurface(nullptr) {}
-    float computePotential(const V3& x) const override {
+    float computePotential(const V3& x) const override
+    {
         order = order * 10 + 1;
         return x.X() + 2.0f;
     }
-    V3 computeGradient(const V3& x) override {
+    V3 computeGradient(const V3& x) override
+    {
         order = order * 10 + 2;
         return V3(1.0f, 2.0f, 3.0f) + x;
     }
@@ -46,7 +49,8 @@ public:
 
 }  // namespace
 
-TEST(PointSetSurfaceBase, PotentialAndGradientDefaultUsesBothSlots) {
+TEST(PointSetSurfaceBase, PotentialAndGradientDefaultUsesBothSlots)
+{
     tTwoSlotSurface surface;
     EXPECT_EQ(surface.getPointSet(), nullptr);
     V3 g;

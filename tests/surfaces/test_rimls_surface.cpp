@@ -14,7 +14,8 @@ using oxtest::V3;
 namespace {
 
 // A square patch of the plane z = h with normal (0, 0, s).
-void addPlane(std::vector<V3>& p, std::vector<V3>& n, float h, float s) {
+void addPlane(std::vector<V3>& p, std::vector<V3>& n, float h, float s)
+{
     for (int i = 0; i < 50; ++i)
         for (int j = 0; j < 50; ++j) {
             p.emplace_back(-0.8f + 0.032f * float(i), -0.8f + 0.032f * float(j) + 0.003f * float(i % 3), h);
@@ -24,7 +25,8 @@ void addPlane(std::vector<V3>& p, std::vector<V3>& n, float h, float s) {
 
 }  // namespace
 
-TEST(RIMLSSurface, PlaneGivesSignedDistance) {
+TEST(RIMLSSurface, PlaneGivesSignedDistance)
+{
     std::vector<V3> p, n;
     addPlane(p, n, -0.1f, 1.0f);
     auto cloud = oxtest::makeCloud(p, n, 0.12f);
@@ -60,7 +62,8 @@ TEST(RIMLSSurface, PlaneGivesSignedDistance) {
     EXPECT_EQ(surface.fitPlane(V3(0.0f, 0.0f, 0.5f), &hint).getU123(), hint) << "fallback keeps the estimate";
 }
 
-TEST(RIMLSSurface, ReweightingKeepsARightAngleEdgeSharp) {
+TEST(RIMLSSurface, ReweightingKeepsARightAngleEdgeSharp)
+{
     // The edge of a box: top face z = 0 (normal +z) for x < 0, side face x = 0 (normal +x)
     // for z < 0. Near the edge the true signed distance to the solid's boundary is the
     // distance to the nearer face; the plain weighted mean (first pass, exhaustive here)
@@ -84,7 +87,8 @@ TEST(RIMLSSurface, ReweightingKeepsARightAngleEdgeSharp) {
         float w = 0, wf = 0;
         for (int j = 0; j < vb.GetVertexQuantity(); ++j) {
             const float d2 = (vb.Position3(j) - x).SquaredLength(), r2 = vb.PSize1(j) * vb.PSize1(j);
-            if (!(r2 > d2)) continue;
+            if (!(r2 > d2))
+                continue;
             const float s = 1.0f - d2 / r2, wj = s * s * s * s;
             w += wj;
             wf += wj * vb.Normal3(j).Dot(x - vb.Position3(j));

@@ -21,25 +21,31 @@ using oxtest::V3;
 
 namespace {
 
-bool sameBits(float a, float b) { return std::memcmp(&a, &b, sizeof a) == 0; }
+bool sameBits(float a, float b)
+{
+    return std::memcmp(&a, &b, sizeof a) == 0;
+}
 
-::testing::AssertionResult sameBits(const V3& a, const V3& b) {
+::testing::AssertionResult sameBits(const V3& a, const V3& b)
+{
     if (sameBits(a.X(), b.X()) && sameBits(a.Y(), b.Y()) && sameBits(a.Z(), b.Z()))
         return ::testing::AssertionSuccess();
-    return ::testing::AssertionFailure() << "(" << a.X() << ", " << a.Y() << ", " << a.Z() << ") vs (" << b.X()
-                                         << ", " << b.Y() << ", " << b.Z() << ")";
+    return ::testing::AssertionFailure() << "(" << a.X() << ", " << a.Y() << ", " << a.Z() << ") vs ("
+                                         << b.X() << ", " << b.Y() << ", " << b.Z() << ")";
 }
 
 // Calls f(j, p, n, r, d2) for every point whose support strictly contains x, in index order.
 template <class F>
-unsigned int forEachSupportBruteForce(const ox::oxVertexBuffer& vb, const V3& x, F&& f) {
+unsigned int forEachSupportBruteForce(const ox::oxVertexBuffer& vb, const V3& x, F&& f)
+{
     unsigned int count = 0;
     for (int j = 0; j < vb.GetVertexQuantity(); ++j) {
         const V3& p = vb.Position3(j);
         const float dx = p.X() - x.X(), dy = p.Y() - x.Y(), dz = p.Z() - x.Z();
         const float d2 = dx * dx + dy * dy + dz * dz;
         const float r = vb.PSize1(j);
-        if (!(r * r > d2)) continue;
+        if (!(r * r > d2))
+            continue;
         ++count;
         f(p, vb.Normal3(j), ox::oxPointSetSurface::WeightFunction(std::sqrt(d2) / r));
     }
@@ -47,16 +53,19 @@ unsigned int forEachSupportBruteForce(const ox::oxVertexBuffer& vb, const V3& x,
 }
 
 // The nearest point's side by exhaustive search: -inf behind its normal, +inf in front.
-float nearestSideBruteForce(const ox::oxVertexBuffer& vb, const V3& x) {
+float nearestSideBruteForce(const ox::oxVertexBuffer& vb, const V3& x)
+{
     int best = 0;
     for (int j = 1; j < vb.GetVertexQuantity(); ++j)
-        if ((vb.Position3(j) - x).SquaredLength() < (vb.Position3(best) - x).SquaredLength()) best = j;
+        if ((vb.Position3(j) - x).SquaredLength() < (vb.Position3(best) - x).SquaredLength())
+            best = j;
     const float inf = std::numeric_limits<float>::infinity();
     return (vb.Position3(best) - x).Dot(vb.Normal3(best)) > 0.0f ? -inf : inf;
 }
 
 // The sphere fit from float sums accumulated in index order.
-oxAPSSSurface::oxAlgebraicSphere sphereBruteForce(const ox::oxVertexBuffer& vb, const V3& x) {
+oxAPSSSurface::oxAlgebraicSphere sphereBruteForce(const ox::oxVertexBuffer& vb, const V3& x)
+{
     float w = 0.0f, wpp = 0.0f, wpn = 0.0f;
     V3 wp, wn;
     const unsigned int count = forEachSupportBruteForce(vb, x, [&](const V3& p, const V3& n, float wj) {
@@ -66,7 +75,8 @@ oxAPSSSurface::oxAlgebraicSphere sphereBruteForce(const ox::oxVertexBuffer& vb, 
         wn += n * wj;
         wpn += wj * p.Dot(n);
     });
-    if (count < 4) return oxAPSSSurface::oxAlgebraicSphere(nearestSideBruteForce(vb, x), V3(), 0.0f);
+    if (count < 4)
+        return oxAPSSSurface::oxAlgebraicSphere(nearestSideBruteForce(vb, x), V3(), 0.0f);
     const float invW = 1.0f / w;
     const float u4 = 0.5f * (wpn - wp.Dot(wn) * invW) / (wpp - wp.Dot(wp) * invW);
     const V3 u123 = (wn - wp * (2.0f * u4)) * invW;
@@ -74,7 +84,8 @@ oxAPSSSurface::oxAlgebraicSphere sphereBruteForce(const ox::oxVertexBuffer& vb, 
 }
 
 // Four re-weighted passes (sigma 0.5) from float sums accumulated in index order.
-oxRIMLSSurface::oxAlgebraicPlane planeBruteForce(const ox::oxVertexBuffer& vb, const V3& x, const V3* hint) {
+oxRIMLSSurface::oxAlgebraicPlane planeBruteForce(const ox::oxVertexBuffer& vb, const V3& x, const V3* hint)
+{
     V3 g = hint ? *hint : V3();
     float s = hint ? 0.5f : std::numeric_limits<float>::infinity();
     oxRIMLSSurface::oxAlgebraicPlane plane;
@@ -83,12 +94,14 @@ oxRIMLSSurface::oxAlgebraicPlane planeBruteForce(const ox::oxVertexBuffer& vb, c
         float w = 0.0f, negWnp = 0.0f;
         V3 wn;
         const unsigned int count = forEachSupportBruteForce(vb, x, [&](const V3& p, const V3& n, float wj) {
-            if (!std::isinf(s2)) wj *= oxRIMLSSurface::GaussianWeightFunction((n - g).SquaredLength(), s2);
+            if (!std::isinf(s2))
+                wj *= oxRIMLSSurface::GaussianWeightFunction((n - g).SquaredLength(), s2);
             w += wj;
             wn += n * wj;
             negWnp -= wj * n.Dot(p);
         });
-        if (count < 4) return oxRIMLSSurface::oxAlgebraicPlane(nearestSideBruteForce(vb, x), g);
+        if (count < 4)
+            return oxRIMLSSurface::oxAlgebraicPlane(nearestSideBruteForce(vb, x), g);
         const float inv = 1.0f / w;
         plane = oxRIMLSSurface::oxAlgebraicPlane(negWnp * inv, wn * inv);
         g = plane.getU123();
@@ -98,12 +111,13 @@ oxRIMLSSurface::oxAlgebraicPlane planeBruteForce(const ox::oxVertexBuffer& vb, c
 }
 
 // Both surfaces on `query` against the brute force at x, with and without a hint.
-void expectFitsEqualBruteForce(const ox::oxPointSetQuery& query, const V3& x, const char* what) {
+void expectFitsEqualBruteForce(const ox::oxPointSetQuery& query, const V3& x, const char* what)
+{
     const ox::oxVertexBuffer& vb = *query.getVertices();
     const oxAPSSSurface::oxAlgebraicSphere sphere = oxAPSSSurface(&query).fitSphere(x);
     const oxAPSSSurface::oxAlgebraicSphere sphereRef = sphereBruteForce(vb, x);
-    EXPECT_TRUE(sameBits(sphere.getU0(), sphereRef.getU0())) << what << " u0 " << sphere.getU0() << " vs "
-                                                              << sphereRef.getU0();
+    EXPECT_TRUE(sameBits(sphere.getU0(), sphereRef.getU0()))
+        << what << " u0 " << sphere.getU0() << " vs " << sphereRef.getU0();
     EXPECT_TRUE(sameBits(sphere.getU123(), sphereRef.getU123())) << what;
     EXPECT_TRUE(sameBits(sphere.getU4(), sphereRef.getU4())) << what;
 
@@ -112,14 +126,15 @@ void expectFitsEqualBruteForce(const ox::oxPointSetQuery& query, const V3& x, co
     for (const V3* h : {static_cast<const V3*>(nullptr), &hint}) {
         const oxRIMLSSurface::oxAlgebraicPlane plane = rimls.fitPlane(x, h);
         const oxRIMLSSurface::oxAlgebraicPlane planeRef = planeBruteForce(vb, x, h);
-        EXPECT_TRUE(sameBits(plane.getU0(), planeRef.getU0())) << what << (h ? " hint" : "") << " u0 "
-                                                                << plane.getU0() << " vs " << planeRef.getU0();
+        EXPECT_TRUE(sameBits(plane.getU0(), planeRef.getU0()))
+            << what << (h ? " hint" : "") << " u0 " << plane.getU0() << " vs " << planeRef.getU0();
         EXPECT_TRUE(sameBits(plane.getU123(), planeRef.getU123())) << what << (h ? " hint" : "");
     }
 }
 
 // Random points of a tilted slab with random, mostly upward normals.
-std::unique_ptr<oxtest::tCloud> slabCloud(std::mt19937& rng) {
+std::unique_ptr<oxtest::tCloud> slabCloud(std::mt19937& rng)
+{
     std::uniform_real_distribution<float> u(-1.0f, 1.0f);
     std::vector<V3> p, n;
     for (int i = 0; i < 3000; ++i) {
@@ -133,7 +148,8 @@ std::unique_ptr<oxtest::tCloud> slabCloud(std::mt19937& rng) {
 
 }  // namespace
 
-TEST(SurfaceGathering, FitsEqualIndexOrderSumsBitForBit) {
+TEST(SurfaceGathering, FitsEqualIndexOrderSumsBitForBit)
+{
     std::mt19937 rng(23);
     auto cloud = slabCloud(rng);
     // A twin over the same buffer, hierarchy and radii, without the compact copy: the
@@ -145,7 +161,8 @@ TEST(SurfaceGathering, FitsEqualIndexOrderSumsBitForBit) {
         // Mostly inside the slab, some well above or below it (fallback by the nearest point).
         const float z = t % 5 == 0 ? u(rng) * 0.8f : u(rng) * 0.25f;
         const V3 x(u(rng), u(rng), z);
-        const unsigned int support = forEachSupportBruteForce(*cloud->query->getVertices(), x, [](auto&&...) {});
+        const unsigned int support =
+            forEachSupportBruteForce(*cloud->query->getVertices(), x, [](auto&&...) {});
         far += support < 4;
         expectFitsEqualBruteForce(*cloud->query, x, "compact copy");
         expectFitsEqualBruteForce(twin, x, "buffer walk");
@@ -153,7 +170,8 @@ TEST(SurfaceGathering, FitsEqualIndexOrderSumsBitForBit) {
     EXPECT_GT(far, 10u) << "the fallback must be exercised";
 }
 
-TEST(SurfaceGathering, CrowdedNeighbourhoodsBeyondTheScratch) {
+TEST(SurfaceGathering, CrowdedNeighbourhoodsBeyondTheScratch)
+{
     // Concentric spheres of 150 points each, spaced wider apart than their points: a
     // point's neighbours lie on its own sphere, so its radius (from the neighbour spacing)
     // exceeds the sphere's radius and near the centre every point of every sphere supports
@@ -178,7 +196,8 @@ TEST(SurfaceGathering, CrowdedNeighbourhoodsBeyondTheScratch) {
     EXPECT_GT(crowded, 30u) << "positions with more supporting points than the scratch holds";
 }
 
-TEST(SurfaceGathering, CopyIsTakenByComputePointRadiiAndShared) {
+TEST(SurfaceGathering, CopyIsTakenByComputePointRadiiAndShared)
+{
     auto cloud = oxtest::sphereCloud(3000, V3(0.0f, 0.0f, 0.0f), 0.5f);
     ox::oxVertexBuffer& vb = *cloud->query->getVertices();
     const ox::oxPointSetQuery copy(*cloud->query);
@@ -190,7 +209,8 @@ TEST(SurfaceGathering, CopyIsTakenByComputePointRadiiAndShared) {
 
     // Turn every normal inward. The copy taken by computePointRadii does not see the
     // edit; the next computePointRadii (same positions, so the same radii) takes it.
-    for (int i = 0; i < vb.GetVertexQuantity(); ++i) vb.Normal3(i) = -vb.Normal3(i);
+    for (int i = 0; i < vb.GetVertexQuantity(); ++i)
+        vb.Normal3(i) = -vb.Normal3(i);
     EXPECT_TRUE(sameBits(surface.computePotential(outside), before));
     cloud->query->computePointRadii();
     const float after = surface.computePotential(outside);

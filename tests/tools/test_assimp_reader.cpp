@@ -14,15 +14,20 @@
 
 // Assimp 5.2 leaks a little on some failed imports (the STL and 3MF importers among them).
 // LeakSanitizer reads this hook in sanitizer builds; elsewhere nothing calls it.
-extern "C" const char* __lsan_default_suppressions() { return "leak:libassimp.so\n"; }
+extern "C" const char* __lsan_default_suppressions()
+{
+    return "leak:libassimp.so\n";
+}
 
 namespace {
 
-oxmesh::SceneData fromMemory(const std::string& bytes, const std::string& hint) {
+oxmesh::SceneData fromMemory(const std::string& bytes, const std::string& hint)
+{
     return oxmesh::parseAssimpScene(bytes.data(), bytes.size(), hint, "memory." + hint);
 }
 
-std::string memoryError(const std::string& bytes, const std::string& hint) {
+std::string memoryError(const std::string& bytes, const std::string& hint)
+{
     try {
         fromMemory(bytes, hint);
     } catch (const oxmesh::InputError& error) {
@@ -34,7 +39,8 @@ std::string memoryError(const std::string& bytes, const std::string& hint) {
 
 }  // namespace
 
-TEST(AssimpReader, OffQuadsAreFannedHere) {
+TEST(AssimpReader, OffQuadsAreFannedHere)
+{
     const oxmesh::SceneData scene = fromMemory(scenetest::cubeOff(), "off");
     ASSERT_EQ(scene.meshes.size(), 1u);
     const oxmesh::MeshData& cube = scene.meshes[0];
@@ -59,7 +65,8 @@ TEST(AssimpReader, OffQuadsAreFannedHere) {
     EXPECT_NEAR(stats.signedVolume, 1.0, 1e-12);
 }
 
-TEST(AssimpReader, OffHeaderVariantsPassTheCountCheck) {
+TEST(AssimpReader, OffHeaderVariantsPassTheCountCheck)
+{
     // Comments, counts on the keyword's line, a dimension, colours, no trailing newline.
     const std::vector<std::string> files{
         "# made by hand\nOFF 3 1 0\n0 0 0\n1 0 0\n0 1 0\n3 0 1 2",
@@ -75,7 +82,8 @@ TEST(AssimpReader, OffHeaderVariantsPassTheCountCheck) {
     }
 }
 
-TEST(AssimpReader, StlInBothEncodingsWeldsToTheSameTetrahedron) {
+TEST(AssimpReader, StlInBothEncodingsWeldsToTheSameTetrahedron)
+{
     const oxmesh::SceneData ascii = fromMemory(scenetest::tetrahedronAsciiStl(), "stl");
     const oxmesh::SceneData binary = fromMemory(scenetest::tetrahedronBinaryStl(), "stl");
     for (const oxmesh::SceneData* scene : {&ascii, &binary}) {
@@ -93,7 +101,8 @@ TEST(AssimpReader, StlInBothEncodingsWeldsToTheSameTetrahedron) {
     EXPECT_EQ(ascii.meshes[0].triangles, binary.meshes[0].triangles);
 }
 
-TEST(AssimpReader, SceneHierarchyIsKeptAndFlattenedWithWorldTransforms) {
+TEST(AssimpReader, SceneHierarchyIsKeptAndFlattenedWithWorldTransforms)
+{
     clitest::ScratchDir dir;
     const std::string path = dir.file("two-nodes.gltf");
     clitest::writeText(path, scenetest::twoNodeGltf());
@@ -109,7 +118,8 @@ TEST(AssimpReader, SceneHierarchyIsKeptAndFlattenedWithWorldTransforms) {
     }
     ASSERT_EQ(parent->name, "parent");
     const std::vector<float> expectedParent = scenetest::parentMatrixRowMajor();
-    for (int i = 0; i < 16; ++i) EXPECT_FLOAT_EQ(parent->transform[std::size_t(i)], expectedParent[std::size_t(i)]) << i;
+    for (int i = 0; i < 16; ++i)
+        EXPECT_FLOAT_EQ(parent->transform[std::size_t(i)], expectedParent[std::size_t(i)]) << i;
     EXPECT_EQ(parent->meshes, std::vector<std::size_t>{0});
     ASSERT_EQ(parent->children.size(), 1u);
     const oxmesh::SceneNode& child = parent->children[0];
@@ -122,12 +132,14 @@ TEST(AssimpReader, SceneHierarchyIsKeptAndFlattenedWithWorldTransforms) {
     const oxmesh::MeshData flat = oxmesh::readMesh(path);
     const std::vector<float> expected{10, 0, 0, 10, 2, 0, 8, 0, 0, 0, 0, 0, 0, 2, 0, -2, 0, 0};
     ASSERT_EQ(flat.positions.size(), expected.size());
-    for (std::size_t i = 0; i < expected.size(); ++i) EXPECT_NEAR(flat.positions[i], expected[i], 1e-5f) << i;
+    for (std::size_t i = 0; i < expected.size(); ++i)
+        EXPECT_NEAR(flat.positions[i], expected[i], 1e-5f) << i;
     EXPECT_EQ(flat.triangles, (std::vector<std::uint32_t>{0, 1, 2, 3, 4, 5}));
     EXPECT_EQ(flat.sourceFaces, 2u);
 }
 
-TEST(AssimpReader, PerCornerVerticesWeldIntoOneSurface) {
+TEST(AssimpReader, PerCornerVerticesWeldIntoOneSurface)
+{
     // Two tetrahedra touching at (1, 0, 0), stored per corner in one STL: the weld joins them there.
     std::string text = "solid two\n";
     for (float shift : {0.0f, 1.0f})
@@ -149,7 +161,8 @@ TEST(AssimpReader, PerCornerVerticesWeldIntoOneSurface) {
     EXPECT_EQ(stats.nonManifoldVertices, 1u);  // the two tetrahedra touch at one vertex
 }
 
-TEST(AssimpReader, BrokenFilesAreRejectedEvenWhenAssimpWouldCarryOn) {
+TEST(AssimpReader, BrokenFilesAreRejectedEvenWhenAssimpWouldCarryOn)
+{
     EXPECT_EQ(memoryError("OFF\n4 2 0\n0 0 0\n1 0 0\n1 1 0\n0 1 0\n3 0 1 2\n3 0 2 100\n", "off"),
               "cannot read: OFF: Vertex index is out of range");
     EXPECT_EQ(memoryError("OFF\n8 1 0\n0 0 0\n1 0 0\n1 1 0\n", "off"),
@@ -159,17 +172,21 @@ TEST(AssimpReader, BrokenFilesAreRejectedEvenWhenAssimpWouldCarryOn) {
     // Assimp 5.2 alone counts the faces below zero here and crashes; the first logged error stops it.
     EXPECT_EQ(memoryError("OFF\n3 1 0\n0 0 0\n1 0 0\n0 1 0\n0\n0\n", "off"),
               "cannot read: OFF: Faces with zero indices aren't allowed");
-    EXPECT_EQ(memoryError("solid x\nfacet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0", "stl").rfind("cannot read: ", 0), 0u);
+    EXPECT_EQ(memoryError("solid x\nfacet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0", "stl")
+                  .rfind("cannot read: ", 0),
+              0u);
     std::string truncated = scenetest::tetrahedronBinaryStl();
     truncated.resize(truncated.size() - 30);
     EXPECT_EQ(memoryError(truncated, "stl").rfind("cannot read: ", 0), 0u);
     EXPECT_EQ(memoryError(std::string(200, '\x07'), "off").rfind("cannot read: ", 0), 0u);
 
     // Counts the file cannot hold are refused before Assimp allocates for them.
-    EXPECT_EQ(memoryError("OFF\n# comment\n\n855555555555555555555 6 12\n0 0 0\n1 0 0\n", "off").rfind(
-                  "OFF header announces 18446744073709551615 vertices and 6 faces, more than the", 0),
+    EXPECT_EQ(memoryError("OFF\n# comment\n\n855555555555555555555 6 12\n0 0 0\n1 0 0\n", "off")
+                  .rfind("OFF header announces 18446744073709551615 vertices and 6 faces, more than the", 0),
               0u);
-    EXPECT_EQ(memoryError("COFF 3 1000 0\n0 0 0\n", "off").rfind("OFF header announces 3 vertices and 1000 faces", 0), 0u);
+    EXPECT_EQ(memoryError("COFF 3 1000 0\n0 0 0\n", "off")
+                  .rfind("OFF header announces 3 vertices and 1000 faces", 0),
+              0u);
 
     // The messages are one line, whatever Assimp's text looked like.
     for (const auto& entry : clitest::fs::directory_iterator(clitest::testData("broken/stl"))) {

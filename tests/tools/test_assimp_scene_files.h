@@ -11,7 +11,8 @@
 
 namespace scenetest {
 
-inline std::string base64(const std::vector<unsigned char>& bytes) {
+inline std::string base64(const std::vector<unsigned char>& bytes)
+{
     static const char* alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     std::string out;
     for (std::size_t i = 0; i < bytes.size(); i += 3) {
@@ -27,7 +28,8 @@ inline std::string base64(const std::vector<unsigned char>& bytes) {
 }
 
 template <class T>
-void appendRaw(std::vector<unsigned char>& bytes, const std::vector<T>& values) {
+void appendRaw(std::vector<unsigned char>& bytes, const std::vector<T>& values)
+{
     const std::size_t at = bytes.size();
     bytes.resize(at + values.size() * sizeof(T));
     std::memcpy(bytes.data() + at, values.data(), values.size() * sizeof(T));
@@ -35,11 +37,15 @@ void appendRaw(std::vector<unsigned char>& bytes, const std::vector<T>& values) 
 
 /// The parent's local matrix, row-major with column vectors: rotation by 90 degrees about z,
 /// uniform scale 2, translation (10, 0, 0).
-inline std::vector<float> parentMatrixRowMajor() { return {0, -2, 0, 10, 2, 0, 0, 0, 0, 0, 2, 0, 0, 0, 0, 1}; }
+inline std::vector<float> parentMatrixRowMajor()
+{
+    return {0, -2, 0, 10, 2, 0, 0, 0, 0, 0, 2, 0, 0, 0, 0, 1};
+}
 
 /// glTF 2.0 text: node "parent" (the matrix above) with child "child" (translation (0, 5, 0));
 /// both instance mesh 0, the triangle (0,0,0) (1,0,0) (0,1,0).
-inline std::string twoNodeGltf() {
+inline std::string twoNodeGltf()
+{
     std::vector<unsigned char> buffer;
     appendRaw(buffer, std::vector<float>{0, 0, 0, 1, 0, 0, 0, 1, 0});
     appendRaw(buffer, std::vector<std::uint32_t>{0, 1, 2});
@@ -47,7 +53,8 @@ inline std::string twoNodeGltf() {
     const std::vector<float> m = parentMatrixRowMajor();
     std::string columnMajor;
     for (int c = 0; c < 4; ++c)
-        for (int r = 0; r < 4; ++r) columnMajor += (columnMajor.empty() ? "" : ", ") + std::to_string(m[4 * r + c]);
+        for (int r = 0; r < 4; ++r)
+            columnMajor += (columnMajor.empty() ? "" : ", ") + std::to_string(m[4 * r + c]);
     return R"({"asset": {"version": "2.0"}, "scene": 0, "scenes": [{"nodes": [0]}],
   "nodes": [{"name": "parent", "mesh": 0, "children": [1], "matrix": [)" +
            columnMajor + R"(]},
@@ -64,30 +71,35 @@ inline std::string twoNodeGltf() {
 }
 
 /// The unit cube as six outward quads.
-inline const char* cubeOff() {
+inline const char* cubeOff()
+{
     return "OFF\n8 6 12\n"
            "0 0 0\n1 0 0\n1 1 0\n0 1 0\n0 0 1\n1 0 1\n1 1 1\n0 1 1\n"
            "4 0 3 2 1\n4 4 5 6 7\n4 0 1 5 4\n4 2 3 7 6\n4 0 4 7 3\n4 1 2 6 5\n";
 }
 
 /// The corner tetrahedron (0,0,0) (1,0,0) (0,1,0) (0,0,1), outward triangles.
-inline std::vector<std::array<std::array<float, 3>, 3>> tetrahedronTriangles() {
+inline std::vector<std::array<std::array<float, 3>, 3>> tetrahedronTriangles()
+{
     const std::array<float, 3> o{0, 0, 0}, x{1, 0, 0}, y{0, 1, 0}, z{0, 0, 1};
     return {{o, y, x}, {o, x, z}, {o, z, y}, {x, y, z}};
 }
 
-inline std::string tetrahedronAsciiStl() {
+inline std::string tetrahedronAsciiStl()
+{
     std::string text = "solid tetra\n";
     for (const auto& triangle : tetrahedronTriangles()) {
         text += " facet normal 0 0 0\n  outer loop\n";
         for (const auto& p : triangle)
-            text += "   vertex " + std::to_string(p[0]) + " " + std::to_string(p[1]) + " " + std::to_string(p[2]) + "\n";
+            text += "   vertex " + std::to_string(p[0]) + " " + std::to_string(p[1]) + " " +
+                    std::to_string(p[2]) + "\n";
         text += "  endloop\n endfacet\n";
     }
     return text + "endsolid tetra\n";
 }
 
-inline std::string tetrahedronBinaryStl() {
+inline std::string tetrahedronBinaryStl()
+{
     std::string bytes(80, ' ');
     bytes.replace(0, 12, "binary tetra");
     const auto triangles = tetrahedronTriangles();
@@ -96,7 +108,8 @@ inline std::string tetrahedronBinaryStl() {
     for (const auto& triangle : triangles) {
         const float normal[3] = {0, 0, 0};
         bytes.append(reinterpret_cast<const char*>(normal), 12);
-        for (const auto& p : triangle) bytes.append(reinterpret_cast<const char*>(p.data()), 12);
+        for (const auto& p : triangle)
+            bytes.append(reinterpret_cast<const char*>(p.data()), 12);
         bytes.append(2, '\0');
     }
     return bytes;

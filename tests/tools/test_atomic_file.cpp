@@ -15,7 +15,8 @@
 
 namespace {
 
-TEST(AtomicFile, CommitPublishesTheWholeFileUnderItsName) {
+TEST(AtomicFile, CommitPublishesTheWholeFileUnderItsName)
+{
     const plytest::TempDir dir;
     const std::string path = dir.file("out.txt");
     {
@@ -41,7 +42,8 @@ TEST(AtomicFile, CommitPublishesTheWholeFileUnderItsName) {
     EXPECT_EQ("new", plytest::readBytes(path));
 }
 
-TEST(AtomicFile, AbandonedOrFailedFilesLeaveTheOldTarget) {
+TEST(AtomicFile, AbandonedOrFailedFilesLeaveTheOldTarget)
+{
     const plytest::TempDir dir;
     const std::string path = dir.file("keep.txt");
     plytest::writeBytes(path, "old");
@@ -56,7 +58,8 @@ TEST(AtomicFile, AbandonedOrFailedFilesLeaveTheOldTarget) {
         oxmesh::AtomicFile file(dir.file("missing/x.txt"));
         ADD_FAILURE() << "opened a file in a missing folder";
     } catch (const oxmesh::InputError& e) {
-        EXPECT_EQ(dir.file("missing/x.txt") + ": cannot write: No such file or directory", std::string(e.what()));
+        EXPECT_EQ(dir.file("missing/x.txt") + ": cannot write: No such file or directory",
+                  std::string(e.what()));
         EXPECT_EQ(dir.file("missing/x.txt"), e.path());
     }
 
@@ -68,7 +71,8 @@ TEST(AtomicFile, AbandonedOrFailedFilesLeaveTheOldTarget) {
         file.commit();
         ADD_FAILURE() << "replaced a folder";
     } catch (const oxmesh::InputError& e) {
-        EXPECT_NE(std::string::npos, std::string(e.what()).find(": cannot write: Is a directory")) << e.what();
+        EXPECT_NE(std::string::npos, std::string(e.what()).find(": cannot write: Is a directory"))
+            << e.what();
     }
     EXPECT_EQ((std::vector<std::string>{"keep.txt", "taken"}), dir.entries());
 }
@@ -76,7 +80,8 @@ TEST(AtomicFile, AbandonedOrFailedFilesLeaveTheOldTarget) {
 // In a child process: a file size limit makes writes fail with EFBIG, as a full
 // disk would fail them with ENOSPC. Exits 0 when the error names the file and no
 // temporary file is left.
-[[noreturn]] void writeBeyondSizeLimit(const plytest::TempDir& dir, const std::string& path) {
+[[noreturn]] void writeBeyondSizeLimit(const plytest::TempDir& dir, const std::string& path)
+{
     std::signal(SIGXFSZ, SIG_IGN);
     struct rlimit limit {};
     limit.rlim_cur = limit.rlim_max = 4096;
@@ -94,7 +99,8 @@ TEST(AtomicFile, AbandonedOrFailedFilesLeaveTheOldTarget) {
     std::_Exit(code);
 }
 
-TEST(AtomicFile, WriteErrorsAreReportedAndCleanedUp) {
+TEST(AtomicFile, WriteErrorsAreReportedAndCleanedUp)
+{
     const plytest::TempDir dir;
     const std::string path = dir.file("big.bin");
     EXPECT_EXIT(writeBeyondSizeLimit(dir, path), ::testing::ExitedWithCode(0), "");

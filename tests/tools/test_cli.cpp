@@ -19,7 +19,9 @@ using clitest::testData;
 namespace {
 
 /// The rule every failing file operation follows.
-void expectOneLineError(const clitest::RunResult& run, const std::string& file, const std::string& phrase = "") {
+void expectOneLineError(const clitest::RunResult& run, const std::string& file,
+                        const std::string& phrase = "")
+{
     EXPECT_FALSE(run.crashed) << file;
     EXPECT_EQ(run.exitCode, 1) << file << "\n" << run.err;
     const std::vector<std::string> lines = run.errLines();
@@ -32,7 +34,8 @@ void expectOneLineError(const clitest::RunResult& run, const std::string& file, 
 
 }  // namespace
 
-TEST(OxmeshCli, UsageErrorsExitWithTwoAndHelpAndVersionWithZero) {
+TEST(OxmeshCli, UsageErrorsExitWithTwoAndHelpAndVersionWithZero)
+{
     const auto bare = runOxmesh({});
     EXPECT_EQ(bare.exitCode, 2);
     EXPECT_NE(bare.err.find("Subcommands"), std::string::npos) << bare.err;
@@ -65,7 +68,8 @@ TEST(OxmeshCli, UsageErrorsExitWithTwoAndHelpAndVersionWithZero) {
     }
 }
 
-TEST(OxmeshCli, InfoPrintsAlignedLinesOrOneJsonObject) {
+TEST(OxmeshCli, InfoPrintsAlignedLinesOrOneJsonObject)
+{
     const std::string spot = testData("meshes/spot.obj");
     const auto text = runOxmesh({"info", spot});
     ASSERT_EQ(text.exitCode, 0) << text.err;
@@ -79,7 +83,8 @@ TEST(OxmeshCli, InfoPrintsAlignedLinesOrOneJsonObject) {
         const std::size_t colon = line.find(": ");
         ASSERT_NE(colon, std::string::npos) << line;
         const std::size_t value = line.find_first_not_of(' ', colon + 1);
-        if (column == 0) column = value;
+        if (column == 0)
+            column = value;
         EXPECT_EQ(value, column) << line;
         sawVertices = sawVertices || (line.compare(0, 9, "vertices:") == 0 && line.substr(value) == "2930");
         sawGenus = sawGenus || (line.compare(0, 6, "genus:") == 0 && line.substr(value) == "0");
@@ -104,7 +109,8 @@ TEST(OxmeshCli, InfoPrintsAlignedLinesOrOneJsonObject) {
     EXPECT_EQ(runOxmesh({"info", "--json", spot, "--quiet"}).out, json.out);
 }
 
-TEST(OxmeshCli, ConvertWritesEveryOutputFormatReadableAgain) {
+TEST(OxmeshCli, ConvertWritesEveryOutputFormatReadableAgain)
+{
     ScratchDir dir;
     const std::string input = testData("meshes/suzanne.obj");
     const oxmesh::MeshData original = oxmesh::readMesh(input);
@@ -112,7 +118,8 @@ TEST(OxmeshCli, ConvertWritesEveryOutputFormatReadableAgain) {
     for (const char* name : {"out.ply", "out-ascii.ply", "out.obj", "out.xyz", "OUT.PLY"}) {
         const std::string output = dir.file(name);
         std::vector<std::string> args{"convert", input, "-o", output};
-        if (std::string(name) == "out-ascii.ply") args.push_back("--ascii");
+        if (std::string(name) == "out-ascii.ply")
+            args.push_back("--ascii");
         const auto run = runOxmesh(args);
         ASSERT_EQ(run.exitCode, 0) << name << ": " << run.err;
         EXPECT_NE(run.out.find(output), std::string::npos) << run.out;
@@ -141,7 +148,8 @@ TEST(OxmeshCli, ConvertWritesEveryOutputFormatReadableAgain) {
     EXPECT_TRUE(quiet.out.empty());
 }
 
-TEST(OxmeshCli, FailedOutputLeavesNoFileBehind) {
+TEST(OxmeshCli, FailedOutputLeavesNoFileBehind)
+{
     ScratchDir dir;
     const std::string input = testData("meshes/woody.obj");
 
@@ -158,13 +166,16 @@ TEST(OxmeshCli, FailedOutputLeavesNoFileBehind) {
     expectOneLineError(isFolder, dir.file("taken.ply"), "cannot write");
 
     // A bad input never creates the output.
-    const auto badInput = runOxmesh({"convert", testData("broken/obj/face-index-out-of-range.obj"), "-o", dir.file("y.ply")});
-    expectOneLineError(badInput, testData("broken/obj/face-index-out-of-range.obj"), "refers to vertex 99999");
+    const auto badInput =
+        runOxmesh({"convert", testData("broken/obj/face-index-out-of-range.obj"), "-o", dir.file("y.ply")});
+    expectOneLineError(badInput, testData("broken/obj/face-index-out-of-range.obj"),
+                       "refers to vertex 99999");
 
     EXPECT_EQ(dir.entries(), std::vector<std::string>{"taken.ply"});
 }
 
-TEST(OxmeshCli, InputPathProblemsNameTheFile) {
+TEST(OxmeshCli, InputPathProblemsNameTheFile)
+{
     ScratchDir dir;
     expectOneLineError(runOxmesh({"info", dir.file("missing.obj")}), dir.file("missing.obj"), "no such file");
     clitest::fs::create_directory(dir.file("folder.obj"));
@@ -180,7 +191,8 @@ namespace {
 
 /// What `oxmesh info` must say about each hand-made broken file of the OBJ, OFF, STL and misc
 /// folders (the PLY and XYZ folders have their own table in the reader tests).
-const std::map<std::string, std::string>& expectedProblems() {
+const std::map<std::string, std::string>& expectedProblems()
+{
     static const std::map<std::string, std::string> table{
         {"obj/binary-garbage.obj", "no vertices"},
         {"obj/empty.obj", "file is empty"},
@@ -189,7 +201,8 @@ const std::map<std::string, std::string>& expectedProblems() {
         {"obj/nan-coordinate.obj", "vertex 1 has a non-finite coordinate (nan, 0, 0)"},
         {"obj/no-vertices.obj", "no vertices"},
         {"obj/normal-index-out-of-range.obj", "face 1 refers to normal 5, but there are 1 normal"},
-        {"obj/relative-index-out-of-range.obj", "relative vertex index reaching before the first of the 3 vertices"},
+        {"obj/relative-index-out-of-range.obj",
+         "relative vertex index reaching before the first of the 3 vertices"},
         {"obj/truncated-face.obj", "a face has fewer than 3 vertices"},
         {"obj/zero-index.obj", "cannot parse OBJ: Failed parse `f' line"},
         {"off/bad-counts.off", "cannot read: OFF: There are no valid vertices"},
@@ -223,12 +236,14 @@ const std::map<std::string, std::string>& expectedProblems() {
 // Every file of the broken-input corpus (data/broken/<format>/*) fails cleanly in `info` and
 // in `convert`; new files are picked up here, and those of this tool's folders must be listed
 // above with their message.
-TEST(OxmeshCli, EveryBrokenInputFailsWithOneLineAndNoOutput) {
+TEST(OxmeshCli, EveryBrokenInputFailsWithOneLineAndNoOutput)
+{
     ScratchDir dir;
     std::size_t files = 0, listed = 0;
     const clitest::fs::path root = testData("broken");
     for (const auto& entry : clitest::fs::recursive_directory_iterator(root)) {
-        if (!entry.is_regular_file()) continue;
+        if (!entry.is_regular_file())
+            continue;
         const std::string path = entry.path().string();
         const std::string relative = entry.path().lexically_relative(root).generic_string();
         const std::string folder = relative.substr(0, relative.find('/'));
@@ -256,15 +271,19 @@ TEST(OxmeshCli, EveryBrokenInputFailsWithOneLineAndNoOutput) {
     EXPECT_GE(files, 50u);
 }
 
-TEST(OxmeshCli, NaNCoordinatesInARealScanAreRejected) {
+TEST(OxmeshCli, NaNCoordinatesInARealScanAreRejected)
+{
     const std::string scan = clitest::sharedData("scans/stress-table_scene_mug_stereo_with_nan.ply");
-    if (!clitest::fs::exists(scan)) GTEST_SKIP() << "shared data set not present";
+    if (!clitest::fs::exists(scan))
+        GTEST_SKIP() << "shared data set not present";
     expectOneLineError(runOxmesh({"info", scan}), scan, "24491 vertices in all are not finite");
 }
 
-TEST(OxmeshCli, NaNNormalsAreCountedNotFatal) {
+TEST(OxmeshCli, NaNNormalsAreCountedNotFatal)
+{
     const std::string scan = clitest::sharedData("scans/pcl-sac_plane_test.ply");
-    if (!clitest::fs::exists(scan)) GTEST_SKIP() << "shared data set not present";
+    if (!clitest::fs::exists(scan))
+        GTEST_SKIP() << "shared data set not present";
     const auto run = runOxmesh({"info", "--json", scan});
     ASSERT_EQ(run.exitCode, 0) << run.err;
     EXPECT_EQ(jsonValue(run.out, "kind"), "\"point cloud\"");
@@ -280,7 +299,8 @@ TEST(OxmeshCli, NaNNormalsAreCountedNotFatal) {
 #endif
 #endif
 
-TEST(OxmeshCli, RunningOutOfMemoryIsReportedNotACrash) {
+TEST(OxmeshCli, RunningOutOfMemoryIsReportedNotACrash)
+{
 #ifdef OXMESH_TEST_UNDER_ASAN
     GTEST_SKIP() << "AddressSanitizer reserves more address space than any limit allows";
 #endif
@@ -299,8 +319,8 @@ TEST(OxmeshCli, RunningOutOfMemoryIsReportedNotACrash) {
             }
         for (int i = 0; i < n; ++i)
             for (int j = 0; j < m; ++j) {
-                const int a = i * m + j + 1, b = (i + 1) % n * m + j + 1, c = (i + 1) % n * m + (j + 1) % m + 1,
-                          d = i * m + (j + 1) % m + 1;
+                const int a = i * m + j + 1, b = (i + 1) % n * m + j + 1,
+                          c = (i + 1) % n * m + (j + 1) % m + 1, d = i * m + (j + 1) % m + 1;
                 std::fprintf(file, "f %d %d %d\nf %d %d %d\n", a, b, c, a, c, d);
             }
         std::fclose(file);

@@ -12,16 +12,19 @@ namespace {
 
 /// Runs oxmesh with `args` on a pseudo-terminal (stdout and stderr both go to it) and returns
 /// everything it printed.
-std::string runOnTerminal(const std::vector<std::string>& args) {
+std::string runOnTerminal(const std::vector<std::string>& args)
+{
     std::vector<std::string> argvStrings{OXMESH_EXE};
     argvStrings.insert(argvStrings.end(), args.begin(), args.end());
     std::vector<char*> argv;
-    for (std::string& arg : argvStrings) argv.push_back(arg.data());
+    for (std::string& arg : argvStrings)
+        argv.push_back(arg.data());
     argv.push_back(nullptr);
 
     int master = -1;
     const pid_t pid = ::forkpty(&master, nullptr, nullptr, nullptr);
-    if (pid < 0) return "forkpty failed";
+    if (pid < 0)
+        return "forkpty failed";
     if (pid == 0) {
         ::execv(OXMESH_EXE, argv.data());
         ::_exit(127);
@@ -30,7 +33,8 @@ std::string runOnTerminal(const std::vector<std::string>& args) {
     char buffer[4096];
     for (;;) {
         const ssize_t got = ::read(master, buffer, sizeof buffer);
-        if (got <= 0) break;  // EIO once the child closed the terminal
+        if (got <= 0)
+            break;  // EIO once the child closed the terminal
         output.append(buffer, std::size_t(got));
     }
     ::close(master);
@@ -41,12 +45,14 @@ std::string runOnTerminal(const std::vector<std::string>& args) {
 
 }  // namespace
 
-TEST(OxmeshProgressBar, DrawnOnATerminalAndErasedBeforeTheReport) {
+TEST(OxmeshProgressBar, DrawnOnATerminalAndErasedBeforeTheReport)
+{
     const std::string mesh = clitest::testData("meshes/fandisk.obj");
     const std::string output = runOnTerminal({"info", mesh});
 
     // At least one frame "[###   ]  NN% reading FILE", the last one at 100 %.
-    const std::regex frame("\\r\\[#* *\\] +[0-9]+% reading " + std::regex_replace(mesh, std::regex("[.]"), "\\."));
+    const std::regex frame("\\r\\[#* *\\] +[0-9]+% reading " +
+                           std::regex_replace(mesh, std::regex("[.]"), "\\."));
     EXPECT_TRUE(std::regex_search(output, frame)) << output.substr(0, 200);
     const std::size_t finalFrame = output.rfind("] 100% reading ");
     ASSERT_NE(finalFrame, std::string::npos) << output.substr(0, 200);
@@ -62,7 +68,8 @@ TEST(OxmeshProgressBar, DrawnOnATerminalAndErasedBeforeTheReport) {
     EXPECT_EQ(output.find('\r', report), output.find("\r\n", report));  // only terminal line ends after it
 }
 
-TEST(OxmeshProgressBar, QuietAndNonTerminalOutputHaveNoBar) {
+TEST(OxmeshProgressBar, QuietAndNonTerminalOutputHaveNoBar)
+{
     const std::string mesh = clitest::testData("meshes/fandisk.obj");
     const std::string quiet = runOnTerminal({"--quiet", "info", mesh});
     EXPECT_EQ(quiet.find("reading"), std::string::npos);
@@ -73,7 +80,8 @@ TEST(OxmeshProgressBar, QuietAndNonTerminalOutputHaveNoBar) {
     EXPECT_TRUE(piped.err.empty()) << piped.err;
 }
 
-TEST(OxmeshProgressBar, ErrorLineStartsAtTheBeginningOfTheLine) {
+TEST(OxmeshProgressBar, ErrorLineStartsAtTheBeginningOfTheLine)
+{
     // The reader reports progress before the face index check fails: the bar must be erased
     // before the error line is printed.
     const std::string broken = clitest::testData("broken/obj/face-index-out-of-range.obj");

@@ -18,7 +18,8 @@ using Polygon = std::vector<std::uint32_t>;
 
 /// A mesh from polygons, fan-triangulated the way the readers do it, with unit-spaced
 /// positions from `positions` (x y z per vertex).
-oxmesh::MeshData meshOf(const std::vector<float>& positions, const std::vector<Polygon>& polygons) {
+oxmesh::MeshData meshOf(const std::vector<float>& positions, const std::vector<Polygon>& polygons)
+{
     oxmesh::MeshData mesh;
     mesh.positions = positions;
     bool allTriangles = true;
@@ -30,24 +31,30 @@ oxmesh::MeshData meshOf(const std::vector<float>& positions, const std::vector<P
         for (std::size_t k = 1; k + 1 < polygon.size(); ++k)
             mesh.triangles.insert(mesh.triangles.end(), {polygon[0], polygon[k], polygon[k + 1]});
     }
-    if (allTriangles) mesh.polygonStarts.clear();
+    if (allTriangles)
+        mesh.polygonStarts.clear();
     return mesh;
 }
 
-std::vector<float> cubeCorners() { return {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0, 0, 0, 1, 1, 0, 1, 1, 1, 1, 0, 1, 1}; }
+std::vector<float> cubeCorners()
+{
+    return {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0, 0, 0, 1, 1, 0, 1, 1, 1, 1, 0, 1, 1};
+}
 
-std::vector<Polygon> cubeQuads() {
+std::vector<Polygon> cubeQuads()
+{
     return {{0, 3, 2, 1}, {4, 5, 6, 7}, {0, 1, 5, 4}, {2, 3, 7, 6}, {0, 4, 7, 3}, {1, 2, 6, 5}};
 }
 
 /// An n x m torus grid of quads (closed, genus 1) on a ring of radius 3 and tube radius 1.
-oxmesh::MeshData torus(int n, int m, bool quads) {
+oxmesh::MeshData torus(int n, int m, bool quads)
+{
     std::vector<float> positions;
     for (int i = 0; i < n; ++i)
         for (int j = 0; j < m; ++j) {
             const double u = 2 * M_PI * i / n, v = 2 * M_PI * j / m;
-            positions.insert(positions.end(), {float((3 + std::cos(v)) * std::cos(u)), float((3 + std::cos(v)) * std::sin(u)),
-                                               float(std::sin(v))});
+            positions.insert(positions.end(), {float((3 + std::cos(v)) * std::cos(u)),
+                                               float((3 + std::cos(v)) * std::sin(u)), float(std::sin(v))});
         }
     std::vector<Polygon> polygons;
     auto id = [&](int i, int j) { return std::uint32_t((i % n) * m + (j % m)); };
@@ -70,11 +77,14 @@ struct Topology {
 };
 
 /// Breadth-first count of the groups of `nodes` linked by `adjacent`.
-std::size_t countGroups(const std::set<std::uint32_t>& nodes, const std::map<std::uint32_t, std::set<std::uint32_t>>& adjacent) {
+std::size_t countGroups(const std::set<std::uint32_t>& nodes,
+                        const std::map<std::uint32_t, std::set<std::uint32_t>>& adjacent)
+{
     std::set<std::uint32_t> seen;
     std::size_t groups = 0;
     for (std::uint32_t start : nodes) {
-        if (!seen.insert(start).second) continue;
+        if (!seen.insert(start).second)
+            continue;
         ++groups;
         std::queue<std::uint32_t> queue;
         queue.push(start);
@@ -82,16 +92,19 @@ std::size_t countGroups(const std::set<std::uint32_t>& nodes, const std::map<std
             const std::uint32_t node = queue.front();
             queue.pop();
             const auto it = adjacent.find(node);
-            if (it == adjacent.end()) continue;
+            if (it == adjacent.end())
+                continue;
             for (std::uint32_t next : it->second)
-                if (seen.insert(next).second) queue.push(next);
+                if (seen.insert(next).second)
+                    queue.push(next);
         }
     }
     return groups;
 }
 
 /// The same facts computed the slow, obvious way.
-Topology bruteForce(std::size_t vertexCount, const std::vector<Polygon>& polygons) {
+Topology bruteForce(std::size_t vertexCount, const std::vector<Polygon>& polygons)
+{
     Topology t;
     std::map<std::pair<std::uint32_t, std::uint32_t>, int> undirected, directed;
     std::map<std::uint32_t, std::set<std::uint32_t>> neighbours;
@@ -122,7 +135,8 @@ Topology bruteForce(std::size_t vertexCount, const std::vector<Polygon>& polygon
             boundaryVertices.insert(edge.second);
         }
     }
-    for (const auto& [halfEdge, count] : directed) t.duplicatedHalfEdges += count > 1;
+    for (const auto& [halfEdge, count] : directed)
+        t.duplicatedHalfEdges += count > 1;
     t.components = countGroups(used, neighbours);
     t.boundaryLoops = countGroups(boundaryVertices, boundaryNeighbours);
 
@@ -141,7 +155,8 @@ Topology bruteForce(std::size_t vertexCount, const std::vector<Polygon>& polygon
             nodes.insert(a);
             for (std::uint32_t b = 0; b < corners.size(); ++b)
                 for (std::uint32_t end : corners[a])
-                    if (corners[b].count(end)) linked[a].insert(b);
+                    if (corners[b].count(end))
+                        linked[a].insert(b);
         }
         t.nonManifoldVertices += countGroups(nodes, linked) > 1;
     }
@@ -149,7 +164,8 @@ Topology bruteForce(std::size_t vertexCount, const std::vector<Polygon>& polygon
     return t;
 }
 
-void expectSameTopology(const oxmesh::MeshStats& s, const Topology& t, const std::string& what) {
+void expectSameTopology(const oxmesh::MeshStats& s, const Topology& t, const std::string& what)
+{
     EXPECT_EQ(s.unreferencedVertices, t.unreferenced) << what;
     EXPECT_EQ(s.edges, t.edges) << what;
     EXPECT_EQ(s.boundaryEdges, t.boundary) << what;
@@ -167,7 +183,8 @@ void expectSameTopology(const oxmesh::MeshStats& s, const Topology& t, const std
 
 }  // namespace
 
-TEST(MeshStats, CubeOfQuadsCountsPolygonSidesNotFanDiagonals) {
+TEST(MeshStats, CubeOfQuadsCountsPolygonSidesNotFanDiagonals)
+{
     const oxmesh::MeshStats quads = oxmesh::computeMeshStats(meshOf(cubeCorners(), cubeQuads()));
     EXPECT_EQ(quads.vertices, 8u);
     EXPECT_EQ(quads.faces, 6u);
@@ -197,11 +214,13 @@ TEST(MeshStats, CubeOfQuadsCountsPolygonSidesNotFanDiagonals) {
 
     // Turned inside out: still oriented, negative volume.
     std::vector<Polygon> inward = cubeQuads();
-    for (Polygon& polygon : inward) std::reverse(polygon.begin(), polygon.end());
+    for (Polygon& polygon : inward)
+        std::reverse(polygon.begin(), polygon.end());
     EXPECT_DOUBLE_EQ(oxmesh::computeMeshStats(meshOf(cubeCorners(), inward)).signedVolume, -1.0);
 }
 
-TEST(MeshStats, OpenBoxTorusAndSeparateParts) {
+TEST(MeshStats, OpenBoxTorusAndSeparateParts)
+{
     std::vector<Polygon> open = cubeQuads();
     open.erase(open.begin() + 1);  // no lid
     const oxmesh::MeshStats box = oxmesh::computeMeshStats(meshOf(cubeCorners(), open));
@@ -222,11 +241,13 @@ TEST(MeshStats, OpenBoxTorusAndSeparateParts) {
 
     // Two cubes apart plus three unused vertices: two components, genus 0 in total.
     std::vector<float> positions = cubeCorners();
-    for (std::size_t i = 0; i < 24; ++i) positions.push_back(cubeCorners()[i] + (i % 3 == 0 ? 5.0f : 0.0f));
+    for (std::size_t i = 0; i < 24; ++i)
+        positions.push_back(cubeCorners()[i] + (i % 3 == 0 ? 5.0f : 0.0f));
     positions.insert(positions.end(), {9, 9, 9, 8, 8, 8, 7, 7, 7});
     std::vector<Polygon> polygons = cubeQuads();
     for (Polygon polygon : cubeQuads()) {
-        for (std::uint32_t& v : polygon) v += 8;
+        for (std::uint32_t& v : polygon)
+            v += 8;
         polygons.push_back(polygon);
     }
     const oxmesh::MeshStats two = oxmesh::computeMeshStats(meshOf(positions, polygons));
@@ -237,7 +258,8 @@ TEST(MeshStats, OpenBoxTorusAndSeparateParts) {
     EXPECT_DOUBLE_EQ(two.signedVolume, 2.0);
 }
 
-TEST(MeshStats, NonManifoldConfigurationsAndDegenerateFaces) {
+TEST(MeshStats, NonManifoldConfigurationsAndDegenerateFaces)
+{
     const std::vector<float> points{0, 0, 0, 1, 0, 0, 0, 1, 0, -1, 0, 0, 0, -1, 0, 0, 0, 1, 2, 0, 0};
 
     // Bowtie: two triangles sharing only vertex 0.
@@ -249,7 +271,8 @@ TEST(MeshStats, NonManifoldConfigurationsAndDegenerateFaces) {
     EXPECT_FALSE(bowtie.manifold);
 
     // Book: three triangles on the edge 0-1.
-    const oxmesh::MeshStats book = oxmesh::computeMeshStats(meshOf(points, {{0, 1, 2}, {1, 0, 4}, {0, 1, 5}}));
+    const oxmesh::MeshStats book =
+        oxmesh::computeMeshStats(meshOf(points, {{0, 1, 2}, {1, 0, 4}, {0, 1, 5}}));
     EXPECT_EQ(book.nonManifoldEdges, 1u);
     EXPECT_EQ(book.duplicatedHalfEdges, 1u);  // 0->1 twice
     EXPECT_FALSE(book.closed);
@@ -273,7 +296,8 @@ TEST(MeshStats, NonManifoldConfigurationsAndDegenerateFaces) {
     EXPECT_EQ(degenerate.unreferencedVertices, 3u);
 }
 
-TEST(MeshStats, PointCloudsHaveNoTopology) {
+TEST(MeshStats, PointCloudsHaveNoTopology)
+{
     oxmesh::MeshData cloud;
     cloud.positions = {0, 0, 0, 1, 2, 3, 1, 2, 3};
     cloud.normals = {0, 0, 1, 0, 0, 0, NAN, 0, 0};
@@ -287,26 +311,30 @@ TEST(MeshStats, PointCloudsHaveNoTopology) {
     EXPECT_EQ(stats.bboxMax, (std::array<double, 3>{1, 2, 3}));
 }
 
-TEST(MeshStats, RandomPolygonSoupsAgreeWithBruteForce) {
+TEST(MeshStats, RandomPolygonSoupsAgreeWithBruteForce)
+{
     std::mt19937 rng(7321);
     for (int round = 0; round < 400; ++round) {
         const std::uint32_t vertices = 4 + std::uint32_t(rng() % 30);
         const std::size_t polygonCount = 1 + rng() % 40;
         std::vector<float> positions;
         for (std::uint32_t v = 0; v < vertices; ++v)
-            for (int k = 0; k < 3; ++k) positions.push_back(float(rng() % 5));
+            for (int k = 0; k < 3; ++k)
+                positions.push_back(float(rng() % 5));
         std::vector<Polygon> polygons;
         for (std::size_t p = 0; p < polygonCount; ++p) {
             Polygon polygon(3 + rng() % (round % 3 == 0 ? 1 : 4));
-            for (std::uint32_t& v : polygon) v = std::uint32_t(rng() % vertices);
+            for (std::uint32_t& v : polygon)
+                v = std::uint32_t(rng() % vertices);
             polygons.push_back(polygon);
         }
-        expectSameTopology(oxmesh::computeMeshStats(meshOf(positions, polygons)), bruteForce(vertices, polygons),
-                           "soup " + std::to_string(round));
+        expectSameTopology(oxmesh::computeMeshStats(meshOf(positions, polygons)),
+                           bruteForce(vertices, polygons), "soup " + std::to_string(round));
     }
 }
 
-TEST(MeshStats, DamagedGridsAgreeWithBruteForce) {
+TEST(MeshStats, DamagedGridsAgreeWithBruteForce)
+{
     // Near-manifold input: a torus of quads with random faces removed, flipped or duplicated, and
     // random vertices merged into others (pinches).
     std::mt19937 rng(99);
@@ -317,11 +345,15 @@ TEST(MeshStats, DamagedGridsAgreeWithBruteForce) {
         const std::size_t size = round % 2 == 0 ? 4 : 3;
         for (std::size_t t = 0; t < grid.triangleCount(); t += size - 2) {
             Polygon polygon{grid.triangles[3 * t], grid.triangles[3 * t + 1], grid.triangles[3 * t + 2]};
-            if (size == 4) polygon.push_back(grid.triangles[3 * t + 5]);
+            if (size == 4)
+                polygon.push_back(grid.triangles[3 * t + 5]);
             const unsigned roll = rng() % 20;
-            if (roll == 0) continue;
-            if (roll == 1) std::reverse(polygon.begin(), polygon.end());
-            if (roll == 2) polygons.push_back(polygon);
+            if (roll == 0)
+                continue;
+            if (roll == 1)
+                std::reverse(polygon.begin(), polygon.end());
+            if (roll == 2)
+                polygons.push_back(polygon);
             polygons.push_back(polygon);
         }
         const std::uint32_t vertices = std::uint32_t(grid.vertexCount());
@@ -329,9 +361,10 @@ TEST(MeshStats, DamagedGridsAgreeWithBruteForce) {
             const std::uint32_t from = std::uint32_t(rng() % vertices), to = std::uint32_t(rng() % vertices);
             for (Polygon& polygon : polygons)
                 for (std::uint32_t& v : polygon)
-                    if (v == from) v = to;
+                    if (v == from)
+                        v = to;
         }
-        expectSameTopology(oxmesh::computeMeshStats(meshOf(grid.positions, polygons)), bruteForce(vertices, polygons),
-                           "grid " + std::to_string(round));
+        expectSameTopology(oxmesh::computeMeshStats(meshOf(grid.positions, polygons)),
+                           bruteForce(vertices, polygons), "grid " + std::to_string(round));
     }
 }

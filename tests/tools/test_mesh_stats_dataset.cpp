@@ -23,7 +23,8 @@ struct Published {
     long long unreferenced = kNotGiven, duplicates = kNotGiven;
 };
 
-const std::vector<Published>& publishedTable() {
+const std::vector<Published>& publishedTable()
+{
     static const std::vector<Published> table{
         // file                  V       F        closed manif  orient comp holes genus  NME  pinched unref dup
         {"stanford-bunny.obj", 35947, 69451, false, true, true, 1, 5, kNotGiven, kNotGiven, kNotGiven, 1113},
@@ -49,22 +50,29 @@ const std::vector<Published>& publishedTable() {
     return table;
 }
 
-const Published* find(const std::string& name) {
+const Published* find(const std::string& name)
+{
     for (const Published& row : publishedTable())
-        if (name == row.file) return &row;
+        if (name == row.file)
+            return &row;
     return nullptr;
 }
 
-std::string boolText(bool value) { return value ? "true" : "false"; }
+std::string boolText(bool value)
+{
+    return value ? "true" : "false";
+}
 
 /// Runs `oxmesh info --json` on every mesh file in `folder` and compares with the table;
 /// returns how many files were checked.
-std::size_t checkFolder(const std::string& folder) {
+std::size_t checkFolder(const std::string& folder)
+{
     std::size_t checked = 0;
     for (const auto& entry : clitest::fs::directory_iterator(folder)) {
         const std::string name = entry.path().filename().string();
         const std::string extension = entry.path().extension().string();
-        if (extension != ".obj" && extension != ".ply") continue;
+        if (extension != ".obj" && extension != ".ply")
+            continue;
         SCOPED_TRACE(name);
         const Published* row = find(name);
         if (!row) {
@@ -73,7 +81,8 @@ std::size_t checkFolder(const std::string& folder) {
         }
         const clitest::RunResult run = clitest::runOxmesh({"info", "--json", entry.path().string()});
         EXPECT_EQ(run.exitCode, 0) << run.err;
-        if (run.exitCode != 0) continue;
+        if (run.exitCode != 0)
+            continue;
         const std::string& json = run.out;
         using clitest::jsonInt;
         using clitest::jsonValue;
@@ -112,12 +121,15 @@ std::size_t checkFolder(const std::string& folder) {
 
 }  // namespace
 
-TEST(PublishedMeshNumbers, BundledCopies) {
+TEST(PublishedMeshNumbers, BundledCopies)
+{
     EXPECT_GE(checkFolder(clitest::testData("meshes")), 7u);
 }
 
-TEST(PublishedMeshNumbers, EveryMeshOfTheSharedDataSet) {
+TEST(PublishedMeshNumbers, EveryMeshOfTheSharedDataSet)
+{
     const std::string folder = clitest::sharedData("meshes");
-    if (!clitest::fs::is_directory(folder)) GTEST_SKIP() << "shared data set not present";
+    if (!clitest::fs::is_directory(folder))
+        GTEST_SKIP() << "shared data set not present";
     EXPECT_EQ(checkFolder(folder), publishedTable().size());
 }

@@ -14,7 +14,8 @@
 namespace {
 
 // Points on two spheres (radius 1 at the origin, radius 0.5 at (4, 0, 0)) without normals.
-oxmesh::MeshData twoSpheres(unsigned n) {
+oxmesh::MeshData twoSpheres(unsigned n)
+{
     oxmesh::MeshData cloud;
     std::mt19937 rng(5);
     std::normal_distribution<float> g;
@@ -30,12 +31,14 @@ oxmesh::MeshData twoSpheres(unsigned n) {
 
 }  // namespace
 
-TEST(NormalsCommand, OrientsEveryPartOutwardsOrTowardsAViewpoint) {
+TEST(NormalsCommand, OrientsEveryPartOutwardsOrTowardsAViewpoint)
+{
     clitest::ScratchDir dir;
     const oxmesh::MeshData cloud = twoSpheres(3000);
     oxmesh::writeXyz(dir.file("spheres.xyz"), cloud);
 
-    const clitest::RunResult outwards = clitest::runOxmesh({"normals", dir.file("spheres.xyz"), "-o", dir.file("out.ply")});
+    const clitest::RunResult outwards =
+        clitest::runOxmesh({"normals", dir.file("spheres.xyz"), "-o", dir.file("out.ply")});
     ASSERT_EQ(outwards.exitCode, 0) << outwards.err;
     EXPECT_NE(outwards.out.find("2 connected parts"), std::string::npos) << outwards.out;
     const oxmesh::MeshData result = oxmesh::readPly(dir.file("out.ply"));
@@ -50,8 +53,8 @@ TEST(NormalsCommand, OrientsEveryPartOutwardsOrTowardsAViewpoint) {
     }
     EXPECT_GT(agree, result.vertexCount() * 99 / 100);
 
-    const clitest::RunResult towards =
-        clitest::runOxmesh({"normals", dir.file("spheres.xyz"), "-o", dir.file("eye.ply"), "--viewpoint", "0,10,0"});
+    const clitest::RunResult towards = clitest::runOxmesh(
+        {"normals", dir.file("spheres.xyz"), "-o", dir.file("eye.ply"), "--viewpoint", "0,10,0"});
     ASSERT_EQ(towards.exitCode, 0) << towards.err;
     const oxmesh::MeshData facing = oxmesh::readPly(dir.file("eye.ply"));
     for (std::size_t i = 0; i < facing.vertexCount(); ++i) {
@@ -61,17 +64,20 @@ TEST(NormalsCommand, OrientsEveryPartOutwardsOrTowardsAViewpoint) {
     }
 }
 
-TEST(NormalsCommand, RejectsTooFewPointsAndBadArguments) {
+TEST(NormalsCommand, RejectsTooFewPointsAndBadArguments)
+{
     clitest::ScratchDir dir;
     clitest::writeText(dir.file("two.xyz"), "0 0 0\n1 0 0\n");
-    const clitest::RunResult few = clitest::runOxmesh({"normals", dir.file("two.xyz"), "-o", dir.file("out.ply")});
+    const clitest::RunResult few =
+        clitest::runOxmesh({"normals", dir.file("two.xyz"), "-o", dir.file("out.ply")});
     EXPECT_EQ(few.exitCode, 1);
     ASSERT_EQ(few.errLines().size(), 1u) << few.err;
     EXPECT_NE(few.err.find("needs at least 3 points"), std::string::npos) << few.err;
     EXPECT_EQ(dir.entries(), std::vector<std::string>{"two.xyz"}) << "no output may be left behind";
 
     clitest::writeText(dir.file("nan.xyz"), "0 0 0\n1 0 0\nnan 1 0\n0 1 1\n");
-    const clitest::RunResult nan = clitest::runOxmesh({"normals", dir.file("nan.xyz"), "-o", dir.file("out.ply")});
+    const clitest::RunResult nan =
+        clitest::runOxmesh({"normals", dir.file("nan.xyz"), "-o", dir.file("out.ply")});
     EXPECT_EQ(nan.exitCode, 1);
     EXPECT_NE(nan.err.find("non-finite"), std::string::npos) << nan.err;
 

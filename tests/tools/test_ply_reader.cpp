@@ -21,7 +21,8 @@ using plytest::ElementDecl;
 using plytest::Encoding;
 using plytest::PropDecl;
 
-oxmesh::MeshData parse(const std::string& bytes, const std::string& name = "mem.ply") {
+oxmesh::MeshData parse(const std::string& bytes, const std::string& name = "mem.ply")
+{
     return oxmesh::parsePly(bytes.data(), bytes.size(), name);
 }
 
@@ -32,7 +33,8 @@ struct RandomMesh {
     std::vector<int> colorBytes;
     std::vector<std::vector<double>> polygons;
 
-    explicit RandomMesh(unsigned seed, int vertices = 120, int faces = 150) {
+    explicit RandomMesh(unsigned seed, int vertices = 120, int faces = 150)
+    {
         std::mt19937 rng(seed);
         std::uniform_real_distribution<float> coord(-10.0f, 10.0f);
         std::uniform_int_distribution<int> byte(0, 255);
@@ -55,7 +57,8 @@ struct RandomMesh {
 
     // What a property of vertex v holds, by property name; a colour stored as a
     // float holds the byte's value divided by 255, rounded once.
-    Cell vertexCell(const PropDecl& p, int v) const {
+    Cell vertexCell(const PropDecl& p, int v) const
+    {
         static const std::map<std::string, int> kSlots = {{"x", 0}, {"y", 1}, {"z", 2}};
         static const std::map<std::string, int> kNormals = {{"nx", 0}, {"ny", 1}, {"nz", 2}};
         static const std::map<std::string, int> kColors = {{"red", 0}, {"green", 1}, {"blue", 2}};
@@ -72,7 +75,8 @@ struct RandomMesh {
         return Cell::of(v % 11);  // confidence, alpha, flags, ...
     }
 
-    ElementDecl vertexElement(std::vector<PropDecl> props) const {
+    ElementDecl vertexElement(std::vector<PropDecl> props) const
+    {
         ElementDecl e{"vertex", std::move(props), {}};
         for (int v = 0; v < vertexCount(); ++v) {
             std::vector<Cell> row;
@@ -84,7 +88,8 @@ struct RandomMesh {
     }
 
     // The face element; properties other than the index list get filler values.
-    ElementDecl faceElement(std::vector<PropDecl> props, const std::string& listName) const {
+    ElementDecl faceElement(std::vector<PropDecl> props, const std::string& listName) const
+    {
         ElementDecl e{"face", std::move(props), {}};
         for (std::size_t f = 0; f < polygons.size(); ++f) {
             std::vector<Cell> row;
@@ -98,7 +103,8 @@ struct RandomMesh {
     }
 
     // The expected reading: the fan (v0, vk, vk+1) of every polygon.
-    oxmesh::MeshData expected(bool withNormals, bool withColors) const {
+    oxmesh::MeshData expected(bool withNormals, bool withColors) const
+    {
         oxmesh::MeshData m;
         m.positions = positions;
         if (withNormals)
@@ -118,14 +124,17 @@ struct RandomMesh {
 };
 
 // Filler element: a variable-length list and a scalar, rows of its own.
-ElementDecl fillerElement(const std::string& name, int rows) {
+ElementDecl fillerElement(const std::string& name, int rows)
+{
     ElementDecl e{name, {{"vertex_indices", "int", "uchar"}, {"weight", "double", ""}}, {}};
     for (int r = 0; r < rows; ++r)
-        e.rows.push_back({Cell::list(std::vector<double>(static_cast<std::size_t>(r % 3), r)), Cell::of(r * 0.5)});
+        e.rows.push_back(
+            {Cell::list(std::vector<double>(static_cast<std::size_t>(r % 3), r)), Cell::of(r * 0.5)});
     return e;
 }
 
-void expectSameMesh(const oxmesh::MeshData& expected, const oxmesh::MeshData& actual) {
+void expectSameMesh(const oxmesh::MeshData& expected, const oxmesh::MeshData& actual)
+{
     EXPECT_EQ(expected.positions, actual.positions);
     EXPECT_EQ(expected.normals, actual.normals);
     EXPECT_EQ(expected.colors, actual.colors);
@@ -143,31 +152,75 @@ struct Variant {
     std::vector<std::string> skipped;
 };
 
-TEST(PlyReader, SameMeshInEveryEncodingTypeAndOrderReadsTheSame) {
+TEST(PlyReader, SameMeshInEveryEncodingTypeAndOrderReadsTheSame)
+{
     const RandomMesh mesh(7);
     const std::vector<Variant> variants = {
         {Encoding::Ascii,
-         {{"x", "float", ""}, {"y", "float", ""}, {"z", "float", ""}, {"nx", "float", ""}, {"ny", "float", ""},
-          {"nz", "float", ""}, {"red", "uchar", ""}, {"green", "uchar", ""}, {"blue", "uchar", ""},
+         {{"x", "float", ""},
+          {"y", "float", ""},
+          {"z", "float", ""},
+          {"nx", "float", ""},
+          {"ny", "float", ""},
+          {"nz", "float", ""},
+          {"red", "uchar", ""},
+          {"green", "uchar", ""},
+          {"blue", "uchar", ""},
           {"confidence", "float", ""}},
-         {{"vertex_indices", "int", "uchar"}}, "vertex_indices", false, false, {"confidence"}},
+         {{"vertex_indices", "int", "uchar"}},
+         "vertex_indices",
+         false,
+         false,
+         {"confidence"}},
         {Encoding::LittleEndian,
-         {{"red", "uint8", ""}, {"nz", "float", ""}, {"confidence", "double", ""}, {"z", "double", ""},
-          {"x", "float32", ""}, {"y", "float64", ""}, {"green", "uchar", ""}, {"nx", "float", ""},
-          {"ny", "double", ""}, {"blue", "uchar", ""}, {"neighbours", "int", "uchar"}},
-         {{"flags", "uchar", ""}, {"vertex_index", "uint", "ushort"}, {"quality", "float", ""}}, "vertex_index",
-         true, true, {"confidence", "neighbours"}},
+         {{"red", "uint8", ""},
+          {"nz", "float", ""},
+          {"confidence", "double", ""},
+          {"z", "double", ""},
+          {"x", "float32", ""},
+          {"y", "float64", ""},
+          {"green", "uchar", ""},
+          {"nx", "float", ""},
+          {"ny", "double", ""},
+          {"blue", "uchar", ""},
+          {"neighbours", "int", "uchar"}},
+         {{"flags", "uchar", ""}, {"vertex_index", "uint", "ushort"}, {"quality", "float", ""}},
+         "vertex_index",
+         true,
+         true,
+         {"confidence", "neighbours"}},
         {Encoding::BigEndian,
-         {{"neighbours", "short", "int"}, {"x", "double", ""}, {"y", "double", ""}, {"z", "double", ""},
-          {"nx", "float", ""}, {"ny", "float", ""}, {"nz", "double", ""}, {"alpha", "uchar", ""},
-          {"red", "float", ""}, {"green", "float", ""}, {"blue", "double", ""}},
-         {{"texture_ids", "short", "uchar"}, {"vertex_indices", "int", "int"}}, "vertex_indices", true, false,
+         {{"neighbours", "short", "int"},
+          {"x", "double", ""},
+          {"y", "double", ""},
+          {"z", "double", ""},
+          {"nx", "float", ""},
+          {"ny", "float", ""},
+          {"nz", "double", ""},
+          {"alpha", "uchar", ""},
+          {"red", "float", ""},
+          {"green", "float", ""},
+          {"blue", "double", ""}},
+         {{"texture_ids", "short", "uchar"}, {"vertex_indices", "int", "int"}},
+         "vertex_indices",
+         true,
+         false,
          {"neighbours", "alpha"}},
         {Encoding::Ascii,
-         {{"z", "double", ""}, {"y", "float", ""}, {"x", "double", ""}, {"intensity", "ushort", ""},
-          {"nz", "double", ""}, {"ny", "float", ""}, {"nx", "float", ""}, {"blue", "float", ""},
-          {"green", "float", ""}, {"red", "float", ""}},
-         {{"quality", "double", ""}, {"vertex_indices", "uint8", "uint32"}}, "vertex_indices", false, true,
+         {{"z", "double", ""},
+          {"y", "float", ""},
+          {"x", "double", ""},
+          {"intensity", "ushort", ""},
+          {"nz", "double", ""},
+          {"ny", "float", ""},
+          {"nx", "float", ""},
+          {"blue", "float", ""},
+          {"green", "float", ""},
+          {"red", "float", ""}},
+         {{"quality", "double", ""}, {"vertex_indices", "uint8", "uint32"}},
+         "vertex_indices",
+         false,
+         true,
          {"intensity"}},
     };
     const oxmesh::MeshData expected = mesh.expected(true, true);
@@ -187,7 +240,8 @@ TEST(PlyReader, SameMeshInEveryEncodingTypeAndOrderReadsTheSame) {
         }
         if (v.fillerAfter)
             elements.push_back(fillerElement("material", 3));
-        const oxmesh::MeshData got = parse(plytest::encodePly(elements, v.encoding, "comment variant\nobj_info x 1\n"));
+        const oxmesh::MeshData got =
+            parse(plytest::encodePly(elements, v.encoding, "comment variant\nobj_info x 1\n"));
         expectSameMesh(expected, got);
         EXPECT_EQ(std::string("ply ") + plytest::formatName(v.encoding), got.format);
         EXPECT_EQ(v.skipped, got.skippedProperties);
@@ -195,13 +249,15 @@ TEST(PlyReader, SameMeshInEveryEncodingTypeAndOrderReadsTheSame) {
     }
 }
 
-TEST(PlyReader, IntegerCoordinatesAndIndexTypesOfEverySize) {
+TEST(PlyReader, IntegerCoordinatesAndIndexTypesOfEverySize)
+{
     // Small integer coordinates are exact in every type; 100 vertices fit char indices.
     RandomMesh mesh(11, 100, 60);
     for (float& c : mesh.positions)
         c = std::floor(std::fabs(c) * 10.0f);
     const oxmesh::MeshData expected = mesh.expected(false, false);
-    const std::vector<std::string> types = {"char", "uchar", "short", "ushort", "int", "uint", "float", "double"};
+    const std::vector<std::string> types = {"char", "uchar", "short", "ushort",
+                                            "int",  "uint",  "float", "double"};
     for (Encoding enc : {Encoding::Ascii, Encoding::LittleEndian, Encoding::BigEndian}) {
         for (std::size_t t = 0; t < types.size(); ++t) {
             const std::string& coordType = types[t];
@@ -222,33 +278,35 @@ TEST(PlyReader, IntegerCoordinatesAndIndexTypesOfEverySize) {
 
 // A strip element with rows of strips; -1 restarts a strip.
 ElementDecl stripElement(const std::vector<std::vector<double>>& rows, const std::string& countType = "int",
-                         const std::string& indexType = "int") {
+                         const std::string& indexType = "int")
+{
     ElementDecl e{"tristrips", {{"vertex_indices", indexType, countType}}, {}};
     for (const auto& r : rows)
         e.rows.push_back({Cell::list(r)});
     return e;
 }
 
-ElementDecl pointsElement(int n) {
+ElementDecl pointsElement(int n)
+{
     ElementDecl e{"vertex", {{"x", "float", ""}, {"y", "float", ""}, {"z", "float", ""}}, {}};
     for (int i = 0; i < n; ++i)
         e.rows.push_back({Cell::of(i), Cell::of(2 * i), Cell::of(-i)});
     return e;
 }
 
-TEST(PlyReader, TriangleStripsDecodeWithAlternatingWindingAndDropDegenerateJoins) {
+TEST(PlyReader, TriangleStripsDecodeWithAlternatingWindingAndDropDegenerateJoins)
+{
     // Worked by hand: strip 0 1 2 3 4 gives (0 1 2) (2 1 3) (2 3 4); strip 5 6 7 8
     // gives (5 6 7) (7 6 8); strip 2 2 3 9 drops (2 2 3) and gives (3 2 9); the second
     // row, with restarts at both ends and a doubled restart, gives (1 4 9) and (8 9 6);
     // strip 4 5 4 6 drops (4 5 4) and gives (4 5 6); a strip of two gives nothing.
-    const std::vector<std::vector<double>> rows = {
-        {0, 1, 2, 3, 4, -1, 5, 6, 7, 8, -1, 2, 2, 3, 9},
-        {-1, 1, 4, 9, -1, -1, 8, 9, 6, -1},
-        {},
-        {3, 4},
-        {4, 5, 4, 6}};
-    const std::vector<std::uint32_t> expected = {0, 1, 2, 2, 1, 3, 2, 3, 4, 5, 6, 7, 7, 6, 8,
-                                                 3, 2, 9, 1, 4, 9, 8, 9, 6, 4, 5, 6};
+    const std::vector<std::vector<double>> rows = {{0, 1, 2, 3, 4, -1, 5, 6, 7, 8, -1, 2, 2, 3, 9},
+                                                   {-1, 1, 4, 9, -1, -1, 8, 9, 6, -1},
+                                                   {},
+                                                   {3, 4},
+                                                   {4, 5, 4, 6}};
+    const std::vector<std::uint32_t> expected = {0, 1, 2, 2, 1, 3, 2, 3, 4, 5, 6, 7, 7, 6,
+                                                 8, 3, 2, 9, 1, 4, 9, 8, 9, 6, 4, 5, 6};
     for (Encoding enc : {Encoding::Ascii, Encoding::LittleEndian, Encoding::BigEndian}) {
         SCOPED_TRACE(plytest::formatName(enc));
         const oxmesh::MeshData m = parse(plytest::encodePly({pointsElement(10), stripElement(rows)}, enc));
@@ -266,7 +324,8 @@ TEST(PlyReader, TriangleStripsDecodeWithAlternatingWindingAndDropDegenerateJoins
     EXPECT_EQ((std::map<unsigned, std::size_t>{{3, 2}, {4, 1}}), both.faceSizes);
 }
 
-TEST(PlyReader, PointCloudsDegenerateFacesAndHeaderVariations) {
+TEST(PlyReader, PointCloudsDegenerateFacesAndHeaderVariations)
+{
     // Vertex-only file: a point cloud, no error.
     const oxmesh::MeshData cloud = parse(plytest::encodePly({pointsElement(4)}, Encoding::LittleEndian));
     EXPECT_EQ(4u, cloud.vertexCount());
@@ -278,14 +337,20 @@ TEST(PlyReader, PointCloudsDegenerateFacesAndHeaderVariations) {
     // Faces with fewer than three corners are counted but give no triangles; a partial
     // normal group is not taken as normals; texture coordinates are noticed.
     ElementDecl vertices{"vertex",
-                         {{"x", "float", ""}, {"y", "float", ""}, {"z", "float", ""}, {"nx", "float", ""},
-                          {"ny", "float", ""}, {"u", "float", ""}, {"v", "float", ""}},
+                         {{"x", "float", ""},
+                          {"y", "float", ""},
+                          {"z", "float", ""},
+                          {"nx", "float", ""},
+                          {"ny", "float", ""},
+                          {"u", "float", ""},
+                          {"v", "float", ""}},
                          {}};
     for (int i = 0; i < 3; ++i)
-        vertices.rows.push_back({Cell::of(i), Cell::of(0), Cell::of(0), Cell::of(1), Cell::of(0), Cell::of(0.5),
-                                 Cell::of(0.25)});
-    ElementDecl faces{"face", {{"vertex_indices", "int", "uchar"}}, {{Cell::list({})}, {Cell::list({2, 1})},
-                                                                     {Cell::list({0, 1, 2})}}};
+        vertices.rows.push_back(
+            {Cell::of(i), Cell::of(0), Cell::of(0), Cell::of(1), Cell::of(0), Cell::of(0.5), Cell::of(0.25)});
+    ElementDecl faces{"face",
+                      {{"vertex_indices", "int", "uchar"}},
+                      {{Cell::list({})}, {Cell::list({2, 1})}, {Cell::list({0, 1, 2})}}};
     const oxmesh::MeshData m = parse(plytest::encodePly({vertices, faces}, Encoding::Ascii));
     EXPECT_EQ((std::vector<std::uint32_t>{0, 1, 2}), m.triangles);
     EXPECT_EQ(3u, m.sourceFaces);
@@ -306,7 +371,8 @@ TEST(PlyReader, PointCloudsDegenerateFacesAndHeaderVariations) {
     EXPECT_EQ("ply ascii", c.format);
 }
 
-TEST(PlyReader, NonFiniteValuesAreKeptNotRejected) {
+TEST(PlyReader, NonFiniteValuesAreKeptNotRejected)
+{
     // Validation after loading rejects them; the parser must pass them through intact.
     const std::string ascii =
         "ply\nformat ascii 1.0\nelement vertex 2\nproperty float x\nproperty float y\nproperty double z\n"
@@ -316,11 +382,12 @@ TEST(PlyReader, NonFiniteValuesAreKeptNotRejected) {
     EXPECT_TRUE(std::isnan(a.positions[0]));
     EXPECT_EQ(INFINITY, a.positions[1]);
     EXPECT_EQ(-INFINITY, a.positions[2]);
-    EXPECT_EQ(INFINITY, a.positions[3]);   // beyond the float range
-    EXPECT_EQ(0.0f, a.positions[4]);       // below it
-    EXPECT_EQ(INFINITY, a.positions[5]);   // beyond even double
+    EXPECT_EQ(INFINITY, a.positions[3]);  // beyond the float range
+    EXPECT_EQ(0.0f, a.positions[4]);      // below it
+    EXPECT_EQ(INFINITY, a.positions[5]);  // beyond even double
     // Binary doubles beyond the float range narrow to infinity, NaN stays NaN.
-    ElementDecl big{"vertex", {{"x", "double", ""}, {"y", "double", ""}, {"z", "float", ""}},
+    ElementDecl big{"vertex",
+                    {{"x", "double", ""}, {"y", "double", ""}, {"z", "float", ""}},
                     {{Cell::of(1e300), Cell::of(-1e300), Cell::of(NAN)}}};
     const oxmesh::MeshData b = parse(plytest::encodePly({big}, Encoding::BigEndian));
     EXPECT_EQ(INFINITY, b.positions[0]);
@@ -328,7 +395,8 @@ TEST(PlyReader, NonFiniteValuesAreKeptNotRejected) {
     EXPECT_TRUE(std::isnan(b.positions[2]));
 }
 
-TEST(PlyReader, ProgressIsMonotoneBoundedAndEndsAtOne) {
+TEST(PlyReader, ProgressIsMonotoneBoundedAndEndsAtOne)
+{
     const RandomMesh mesh(3, 20000, 30000);
     const std::vector<ElementDecl> elements = {
         mesh.vertexElement({{"x", "float", ""}, {"y", "float", ""}, {"z", "float", ""}}),
@@ -345,7 +413,8 @@ TEST(PlyReader, ProgressIsMonotoneBoundedAndEndsAtOne) {
     }
 }
 
-TEST(PlyReader, SmallStanfordBunnyAsciiWithExtraProperties) {
+TEST(PlyReader, SmallStanfordBunnyAsciiWithExtraProperties)
+{
     const oxmesh::MeshData m = oxmesh::readPly(OX_TEST_DATA_DIR "/meshes/bun_zipper_res4.ply");
     EXPECT_EQ(453u, m.vertexCount());
     EXPECT_EQ(948u, m.triangleCount());
@@ -358,11 +427,13 @@ TEST(PlyReader, SmallStanfordBunnyAsciiWithExtraProperties) {
     EXPECT_EQ(0.00514924f, m.positions[2]);
 }
 
-double secondsSince(std::chrono::steady_clock::time_point start) {
+double secondsSince(std::chrono::steady_clock::time_point start)
+{
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-TEST(PlyReader, SharedDataStripsMatchTheirDecodedFaceList) {
+TEST(PlyReader, SharedDataStripsMatchTheirDecodedFaceList)
+{
     if (!plytest::sharedDataPresent())
         GTEST_SKIP() << "shared data set not present";
     auto start = std::chrono::steady_clock::now();
@@ -380,11 +451,13 @@ TEST(PlyReader, SharedDataStripsMatchTheirDecodedFaceList) {
     EXPECT_EQ((std::map<unsigned, std::size_t>{{3, 268686}}), faces.faceSizes);
 }
 
-TEST(PlyReader, SharedDataScans) {
+TEST(PlyReader, SharedDataScans)
+{
     if (!plytest::sharedDataPresent())
         GTEST_SKIP() << "shared data set not present";
     auto start = std::chrono::steady_clock::now();
-    const oxmesh::MeshData merged = oxmesh::readPly(OX_SHARED_DATA_DIR "/scans/stanford-bunny-10scans-normals.ply");
+    const oxmesh::MeshData merged =
+        oxmesh::readPly(OX_SHARED_DATA_DIR "/scans/stanford-bunny-10scans-normals.ply");
     std::printf("stanford-bunny-10scans-normals.ply %.3f s\n", secondsSince(start));
     EXPECT_EQ(362272u, merged.vertexCount());
     EXPECT_EQ(3 * 362272u, merged.normals.size());

@@ -25,8 +25,9 @@ namespace plytest {
 /// InputError whose one-line message starts with "PATH: " and contains the phrase listed for
 /// the file; the folder and the table must list the same files.
 template <class Read>
-void expectCorpusErrors(const std::filesystem::path& folder, const std::map<std::string, std::string>& expected,
-                        Read read) {
+void expectCorpusErrors(const std::filesystem::path& folder,
+                        const std::map<std::string, std::string>& expected, Read read)
+{
     std::size_t seen = 0;
     for (const auto& entry : std::filesystem::directory_iterator(folder)) {
         const std::string name = entry.path().filename().string();
@@ -50,11 +51,15 @@ void expectCorpusErrors(const std::filesystem::path& folder, const std::map<std:
 
 enum class Encoding { Ascii, LittleEndian, BigEndian };
 
-inline const char* formatName(Encoding e) {
+inline const char* formatName(Encoding e)
+{
     switch (e) {
-        case Encoding::Ascii: return "ascii";
-        case Encoding::LittleEndian: return "binary_little_endian";
-        case Encoding::BigEndian: return "binary_big_endian";
+    case Encoding::Ascii:
+        return "ascii";
+    case Encoding::LittleEndian:
+        return "binary_little_endian";
+    case Encoding::BigEndian:
+        return "binary_big_endian";
     }
     return "";
 }
@@ -79,10 +84,12 @@ struct ElementDecl {
     std::string name;
     std::vector<PropDecl> props;
     std::vector<std::vector<Cell>> rows;
-    std::uint64_t declaredCount = UINT64_MAX;   ///< count written in the header; rows.size() if unset
+    std::uint64_t declaredCount = UINT64_MAX;  ///< count written in the header; rows.size() if unset
 };
 
-inline std::string headerOf(const std::vector<ElementDecl>& elements, Encoding enc, const std::string& extra = "") {
+inline std::string headerOf(const std::vector<ElementDecl>& elements, Encoding enc,
+                            const std::string& extra = "")
+{
     std::string h = std::string("ply\nformat ") + formatName(enc) + " 1.0\n" + extra;
     for (const ElementDecl& e : elements) {
         const std::uint64_t count = e.declaredCount == UINT64_MAX ? e.rows.size() : e.declaredCount;
@@ -95,7 +102,8 @@ inline std::string headerOf(const std::vector<ElementDecl>& elements, Encoding e
 }
 
 template <class T>
-void putBinary(std::string& out, T value, bool bigEndian) {
+void putBinary(std::string& out, T value, bool bigEndian)
+{
     unsigned char bytes[sizeof(T)];
     std::memcpy(bytes, &value, sizeof(T));  // the test machine is little-endian
     if (bigEndian)
@@ -104,7 +112,8 @@ void putBinary(std::string& out, T value, bool bigEndian) {
 }
 
 /// Appends one value of the named PLY type.
-inline void putValue(std::string& out, Encoding enc, const std::string& type, double v) {
+inline void putValue(std::string& out, Encoding enc, const std::string& type, double v)
+{
     if (enc == Encoding::Ascii) {
         char buf[64];
         if (type == "float" || type == "float32")
@@ -119,19 +128,30 @@ inline void putValue(std::string& out, Encoding enc, const std::string& type, do
         return;
     }
     const bool be = enc == Encoding::BigEndian;
-    if (type == "char" || type == "int8") putBinary(out, static_cast<std::int8_t>(v), be);
-    else if (type == "uchar" || type == "uint8") putBinary(out, static_cast<std::uint8_t>(v), be);
-    else if (type == "short" || type == "int16") putBinary(out, static_cast<std::int16_t>(v), be);
-    else if (type == "ushort" || type == "uint16") putBinary(out, static_cast<std::uint16_t>(v), be);
-    else if (type == "int" || type == "int32") putBinary(out, static_cast<std::int32_t>(v), be);
-    else if (type == "uint" || type == "uint32") putBinary(out, static_cast<std::uint32_t>(v), be);
-    else if (type == "float" || type == "float32") putBinary(out, static_cast<float>(v), be);
-    else if (type == "double" || type == "float64") putBinary(out, v, be);
-    else std::abort();
+    if (type == "char" || type == "int8")
+        putBinary(out, static_cast<std::int8_t>(v), be);
+    else if (type == "uchar" || type == "uint8")
+        putBinary(out, static_cast<std::uint8_t>(v), be);
+    else if (type == "short" || type == "int16")
+        putBinary(out, static_cast<std::int16_t>(v), be);
+    else if (type == "ushort" || type == "uint16")
+        putBinary(out, static_cast<std::uint16_t>(v), be);
+    else if (type == "int" || type == "int32")
+        putBinary(out, static_cast<std::int32_t>(v), be);
+    else if (type == "uint" || type == "uint32")
+        putBinary(out, static_cast<std::uint32_t>(v), be);
+    else if (type == "float" || type == "float32")
+        putBinary(out, static_cast<float>(v), be);
+    else if (type == "double" || type == "float64")
+        putBinary(out, v, be);
+    else
+        std::abort();
 }
 
 /// The whole file: header, then every row of every element.
-inline std::string encodePly(const std::vector<ElementDecl>& elements, Encoding enc, const std::string& extra = "") {
+inline std::string encodePly(const std::vector<ElementDecl>& elements, Encoding enc,
+                             const std::string& extra = "")
+{
     std::string out = headerOf(elements, enc, extra);
     for (const ElementDecl& e : elements) {
         for (const std::vector<Cell>& row : e.rows) {
@@ -155,13 +175,15 @@ inline std::string encodePly(const std::vector<ElementDecl>& elements, Encoding 
 /// A folder under the system temp folder, removed with everything in it.
 class TempDir {
 public:
-    TempDir() {
+    TempDir()
+    {
         std::string pattern = (std::filesystem::temp_directory_path() / "oxmesh-test-XXXXXX").string();
         if (!::mkdtemp(pattern.data()))
             std::abort();
         path_ = pattern;
     }
-    ~TempDir() {
+    ~TempDir()
+    {
         std::error_code ignored;
         std::filesystem::remove_all(path_, ignored);
     }
@@ -169,7 +191,8 @@ public:
     const std::filesystem::path& path() const { return path_; }
 
     /// Names of the entries in the folder, sorted.
-    std::vector<std::string> entries() const {
+    std::vector<std::string> entries() const
+    {
         std::vector<std::string> names;
         for (const auto& entry : std::filesystem::directory_iterator(path_))
             names.push_back(entry.path().filename().string());
@@ -181,15 +204,20 @@ private:
     std::filesystem::path path_;
 };
 
-inline void writeBytes(const std::string& path, const std::string& bytes) {
+inline void writeBytes(const std::string& path, const std::string& bytes)
+{
     std::ofstream(path, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
 }
 
-inline std::string readBytes(const std::string& path) {
+inline std::string readBytes(const std::string& path)
+{
     std::ifstream in(path, std::ios::binary);
     return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
-inline bool sharedDataPresent() { return std::filesystem::exists(OX_SHARED_DATA_DIR "/meshes/igea.ply"); }
+inline bool sharedDataPresent()
+{
+    return std::filesystem::exists(OX_SHARED_DATA_DIR "/meshes/igea.ply");
+}
 
 }  // namespace plytest

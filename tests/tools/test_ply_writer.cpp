@@ -17,19 +17,26 @@
 namespace {
 
 // Random floats including the awkward ones: signed zero, denormals, extremes.
-oxmesh::MeshData randomMesh(unsigned seed, std::size_t vertices, std::size_t triangles, bool normals, bool colors) {
+oxmesh::MeshData randomMesh(unsigned seed, std::size_t vertices, std::size_t triangles, bool normals,
+                            bool colors)
+{
     std::mt19937 rng(seed);
     std::uniform_real_distribution<float> coord(-1000.0f, 1000.0f);
     oxmesh::MeshData m;
     for (std::size_t i = 0; i < 3 * vertices; ++i) {
-        m.positions.push_back(coord(rng) * std::pow(10.0f, static_cast<float>(static_cast<int>(rng() % 20) - 10)));
+        m.positions.push_back(coord(rng) *
+                              std::pow(10.0f, static_cast<float>(static_cast<int>(rng() % 20) - 10)));
         if (normals)
             m.normals.push_back(coord(rng) / 1000.0f);
         if (colors)
             m.colors.push_back(static_cast<float>((rng() % 256) / 255.0));
     }
-    const float awkward[] = {-0.0f, std::numeric_limits<float>::denorm_min(), std::numeric_limits<float>::max(),
-                             -std::numeric_limits<float>::min(), 1e-30f, 0.1f};
+    const float awkward[] = {-0.0f,
+                             std::numeric_limits<float>::denorm_min(),
+                             std::numeric_limits<float>::max(),
+                             -std::numeric_limits<float>::min(),
+                             1e-30f,
+                             0.1f};
     for (std::size_t i = 0; i < std::size(awkward) && i < m.positions.size(); ++i)
         m.positions[i] = awkward[i];
     for (std::size_t t = 0; t < 3 * triangles; ++t)
@@ -38,14 +45,16 @@ oxmesh::MeshData randomMesh(unsigned seed, std::size_t vertices, std::size_t tri
 }
 
 // Float arrays compared bit for bit (so -0 differs from 0).
-void expectBitwiseEqual(const std::vector<float>& a, const std::vector<float>& b) {
+void expectBitwiseEqual(const std::vector<float>& a, const std::vector<float>& b)
+{
     ASSERT_EQ(a.size(), b.size());
     if (!a.empty()) {
         EXPECT_EQ(0, std::memcmp(a.data(), b.data(), a.size() * sizeof(float)));
     }
 }
 
-TEST(PlyWriter, BinaryLayoutIsWhatTheHeaderSays) {
+TEST(PlyWriter, BinaryLayoutIsWhatTheHeaderSays)
+{
     const plytest::TempDir dir;
     oxmesh::MeshData m;
     m.positions = {1.5f, -2.0f, 3.25f, 0.0f, 1.0f, 0.0f, 7.0f, 8.0f, 9.0f};
@@ -81,7 +90,8 @@ TEST(PlyWriter, BinaryLayoutIsWhatTheHeaderSays) {
     EXPECT_EQ(2, corners[2]);
 }
 
-TEST(PlyWriter, BinaryAndAsciiFilesReadBackExactly) {
+TEST(PlyWriter, BinaryAndAsciiFilesReadBackExactly)
+{
     const plytest::TempDir dir;
     for (bool binary : {true, false}) {
         for (int kind = 0; kind < 3; ++kind) {
@@ -104,7 +114,8 @@ TEST(PlyWriter, BinaryAndAsciiFilesReadBackExactly) {
     }
 }
 
-TEST(PlyWriter, ColoursAreClampedAndRounded) {
+TEST(PlyWriter, ColoursAreClampedAndRounded)
+{
     const plytest::TempDir dir;
     oxmesh::MeshData m;
     m.positions.assign(6, 0.0f);
@@ -115,7 +126,8 @@ TEST(PlyWriter, ColoursAreClampedAndRounded) {
     EXPECT_NE(std::string::npos, text.find("end_header\n0 0 0 0 255 0\n0 0 0 51 254 1\n")) << text;
 }
 
-TEST(PlyWriter, FailuresLeaveNoFileAndKeepTheOldOne) {
+TEST(PlyWriter, FailuresLeaveNoFileAndKeepTheOldOne)
+{
     const plytest::TempDir dir;
     const std::string path = dir.file("keep.ply");
     plytest::writeBytes(path, "old content");
@@ -130,7 +142,8 @@ TEST(PlyWriter, FailuresLeaveNoFileAndKeepTheOldOne) {
     oxmesh::MeshData bad;
     bad.positions.assign(9, 1.0f);
     bad.triangles = {0, 1, 3};
-    EXPECT_EQ(path + ": cannot write: a triangle refers to vertex 3, but there are 3 vertices", message(bad, path));
+    EXPECT_EQ(path + ": cannot write: a triangle refers to vertex 3, but there are 3 vertices",
+              message(bad, path));
     bad.triangles = {0, 1, 2};
     bad.normals.assign(6, 0.0f);
     EXPECT_EQ(path + ": cannot write: the mesh has 2 normals for 3 vertices", message(bad, path));

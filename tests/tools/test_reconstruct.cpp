@@ -36,10 +36,14 @@ const double kApssTolerance = 0.02 * (2.0 * kRadius) / double(1 << kDepth);
 // squared over the sphere's radius (measured: 0.029 at this sampling), so 2 % of the radius.
 const double kRimlsTolerance = 0.02 * kRadius;
 
-double toleranceFor(const std::string& surface) { return surface == "apss" ? kApssTolerance : kRimlsTolerance; }
+double toleranceFor(const std::string& surface)
+{
+    return surface == "apss" ? kApssTolerance : kRimlsTolerance;
+}
 
 /// kPoints points of a Fibonacci spiral on the sphere; with outward unit normals when asked.
-oxmesh::MeshData sphereCloud(bool withNormals) {
+oxmesh::MeshData sphereCloud(bool withNormals)
+{
     oxmesh::MeshData cloud;
     const double golden = 2.399963229728653;
     for (unsigned i = 0; i < kPoints; ++i) {
@@ -48,7 +52,8 @@ oxmesh::MeshData sphereCloud(bool withNormals) {
         const double d[3] = {s * std::cos(golden * i), s * std::sin(golden * i), z};
         for (int a = 0; a < 3; ++a) {
             cloud.positions.push_back(float(kCentre[a] + kRadius * d[a]));
-            if (withNormals) cloud.normals.push_back(float(d[a]));
+            if (withNormals)
+                cloud.normals.push_back(float(d[a]));
         }
     }
     return cloud;
@@ -59,7 +64,8 @@ struct SphereFit {
     double worstNormalCosine = 1.0;  ///< smallest cosine between a vertex normal and the radial direction
 };
 
-SphereFit fitToSphere(const oxmesh::MeshData& mesh) {
+SphereFit fitToSphere(const oxmesh::MeshData& mesh)
+{
     SphereFit fit;
     for (std::size_t v = 0; v < mesh.vertexCount(); ++v) {
         double radial[3], length2 = 0.0, cosine = 0.0;
@@ -70,7 +76,8 @@ SphereFit fitToSphere(const oxmesh::MeshData& mesh) {
         const double length = std::sqrt(length2);
         fit.worstDistance = std::max(fit.worstDistance, std::abs(length - kRadius));
         if (mesh.hasNormals()) {
-            for (int a = 0; a < 3; ++a) cosine += mesh.normals[3 * v + a] * radial[a] / length;
+            for (int a = 0; a < 3; ++a)
+                cosine += mesh.normals[3 * v + a] * radial[a] / length;
             fit.worstNormalCosine = std::min(fit.worstNormalCosine, cosine);
         }
     }
@@ -79,7 +86,8 @@ SphereFit fitToSphere(const oxmesh::MeshData& mesh) {
 
 /// Checks a reconstructed sphere file: closed, manifold, consistently oriented, outward, on the
 /// sphere in the input frame, with outward unit vertex normals, and the volume of the ball.
-void expectSphereMesh(const std::string& path, double maxDistance) {
+void expectSphereMesh(const std::string& path, double maxDistance)
+{
     const oxmesh::MeshData mesh = oxmesh::readMesh(path);
     const oxmesh::MeshStats stats = oxmesh::computeMeshStats(mesh);
     EXPECT_GT(stats.triangles, 1000u) << path;
@@ -97,9 +105,13 @@ void expectSphereMesh(const std::string& path, double maxDistance) {
     EXPECT_EQ(stats.zeroNormals, 0u) << path;
 }
 
-std::string depthArg() { return std::to_string(kDepth); }
+std::string depthArg()
+{
+    return std::to_string(kDepth);
+}
 
-TEST(ReconstructCommand, SphereBothSurfacesClosedOnTheSphereInInputFrame) {
+TEST(ReconstructCommand, SphereBothSurfacesClosedOnTheSphereInInputFrame)
+{
     ScratchDir dir;
     const std::string cloud = dir.file("sphere.ply");
     oxmesh::writeMesh(cloud, sphereCloud(true));
@@ -115,8 +127,9 @@ TEST(ReconstructCommand, SphereBothSurfacesClosedOnTheSphereInInputFrame) {
 
         // One summary line whose counts are those of the file; the mesher's lines stay out.
         const oxmesh::MeshStats stats = oxmesh::computeMeshStats(oxmesh::readMesh(out));
-        const std::string counts = std::to_string(stats.vertices) + " vertices, " + std::to_string(stats.triangles) +
-                                   " triangles, closed manifold (" + surface + ", depth " + depthArg() + ")";
+        const std::string counts = std::to_string(stats.vertices) + " vertices, " +
+                                   std::to_string(stats.triangles) + " triangles, closed manifold (" +
+                                   surface + ", depth " + depthArg() + ")";
         EXPECT_NE(r.out.find(out + ": " + counts), std::string::npos) << r.out;
         EXPECT_EQ(r.out.find("iteration :"), std::string::npos) << r.out;
         EXPECT_NE(r.out.find("bisection"), std::string::npos) << r.out;
@@ -124,7 +137,8 @@ TEST(ReconstructCommand, SphereBothSurfacesClosedOnTheSphereInInputFrame) {
     }
 }
 
-TEST(ReconstructCommand, VerboseShowsMesherLinesAndQuietShowsNothing) {
+TEST(ReconstructCommand, VerboseShowsMesherLinesAndQuietShowsNothing)
+{
     ScratchDir dir;
     const std::string cloud = dir.file("sphere.ply");
     oxmesh::writeMesh(cloud, sphereCloud(true));
@@ -160,7 +174,8 @@ TEST(ReconstructCommand, VerboseShowsMesherLinesAndQuietShowsNothing) {
     EXPECT_TRUE(clitest::fs::exists(dir.file("q.ply")));
 }
 
-TEST(ReconstructCommand, EstimatedNormalsGiveTheSameSphere) {
+TEST(ReconstructCommand, EstimatedNormalsGiveTheSameSphere)
+{
     ScratchDir dir;
     const std::string cloud = dir.file("bare.xyz");
     oxmesh::writeMesh(cloud, sphereCloud(false));
@@ -174,7 +189,8 @@ TEST(ReconstructCommand, EstimatedNormalsGiveTheSameSphere) {
 
 // A failed run: exit 1, one line "oxmesh: FILE: problem" on stderr, and nothing written.
 void expectFailure(const clitest::RunResult& r, const ScratchDir& dir, const std::vector<std::string>& before,
-                   const std::string& line) {
+                   const std::string& line)
+{
     EXPECT_EQ(r.exitCode, 1) << r.err;
     EXPECT_FALSE(r.crashed);
     ASSERT_EQ(r.errLines().size(), 1u) << r.err;
@@ -185,7 +201,8 @@ void expectFailure(const clitest::RunResult& r, const ScratchDir& dir, const std
     EXPECT_EQ(after, expected);
 }
 
-TEST(ReconstructCommand, CloudProblemsAreReportedAndWriteNothing) {
+TEST(ReconstructCommand, CloudProblemsAreReportedAndWriteNothing)
+{
     ScratchDir dir;
     const std::string out = dir.file("out.ply");
 
@@ -200,15 +217,17 @@ TEST(ReconstructCommand, CloudProblemsAreReportedAndWriteNothing) {
     few.normals.resize(3 * 15);
     const std::string small = dir.file("few.ply");
     oxmesh::writeMesh(small, few);
-    const std::string tooFew = "oxmesh: " + small + ": too few points to reconstruct a surface: 15 (at least 16 needed)";
+    const std::string tooFew =
+        "oxmesh: " + small + ": too few points to reconstruct a surface: 15 (at least 16 needed)";
     expectFailure(runOxmesh({"reconstruct", small, "-o", out}), dir, {"bare.ply", "few.ply"}, tooFew);
-    expectFailure(runOxmesh({"reconstruct", small, "-o", out, "--estimate-normals"}), dir, {"bare.ply", "few.ply"},
-                  tooFew);
+    expectFailure(runOxmesh({"reconstruct", small, "-o", out, "--estimate-normals"}), dir,
+                  {"bare.ply", "few.ply"}, tooFew);
 
     // Five zero normals and two infinite ones among kPoints.
     oxmesh::MeshData broken = sphereCloud(true);
     for (unsigned i : {3u, 100u, 101u, 700u, 1499u})
-        for (int a = 0; a < 3; ++a) broken.normals[3 * i + a] = 0.0f;
+        for (int a = 0; a < 3; ++a)
+            broken.normals[3 * i + a] = 0.0f;
     broken.normals[3 * 50] = INFINITY;
     broken.normals[3 * 60 + 2] = -INFINITY;
     const std::string zero = dir.file("zero.ply");
@@ -218,13 +237,15 @@ TEST(ReconstructCommand, CloudProblemsAreReportedAndWriteNothing) {
                       "); fix them with 'oxmesh normals' or pass --estimate-normals");
 }
 
-TEST(ReconstructCommand, UnwritableOutputFailsBeforeMeshingAndLeavesNothing) {
+TEST(ReconstructCommand, UnwritableOutputFailsBeforeMeshingAndLeavesNothing)
+{
     ScratchDir dir;
     const std::string cloud = dir.file("sphere.ply");
     oxmesh::writeMesh(cloud, sphereCloud(true));
 
     const std::string missingFolder = dir.file("no-such-folder/out.ply");
-    const clitest::RunResult r = runOxmesh({"reconstruct", cloud, "-o", missingFolder, "--depth", depthArg()});
+    const clitest::RunResult r =
+        runOxmesh({"reconstruct", cloud, "-o", missingFolder, "--depth", depthArg()});
     expectFailure(r, dir, {"sphere.ply"}, r.errLines().empty() ? "" : r.errLines()[0]);
     EXPECT_EQ(r.err.rfind("oxmesh: " + missingFolder + ": cannot write", 0), 0u) << r.err;
 
@@ -241,7 +262,8 @@ TEST(ReconstructCommand, UnwritableOutputFailsBeforeMeshingAndLeavesNothing) {
     EXPECT_EQ(dir.entries().size(), 2u);
 }
 
-TEST(DemoCommand, WritesBothSurfacesAndNamesThem) {
+TEST(DemoCommand, WritesBothSurfacesAndNamesThem)
+{
     ScratchDir dir;
     const std::string cloud = dir.file("ball.ply");
     oxmesh::writeMesh(cloud, sphereCloud(true));
@@ -264,12 +286,14 @@ TEST(DemoCommand, WritesBothSurfacesAndNamesThem) {
 
     // An output folder that cannot be made: one error line, exit 1.
     clitest::writeText(dir.file("file"), "x");
-    const clitest::RunResult blocked = runOxmesh({"demo", "--input", cloud, "--output-dir", dir.file("file/sub")});
+    const clitest::RunResult blocked =
+        runOxmesh({"demo", "--input", cloud, "--output-dir", dir.file("file/sub")});
     EXPECT_EQ(blocked.exitCode, 1);
     EXPECT_EQ(blocked.errLines().size(), 1u) << blocked.err;
 }
 
-TEST(DemoCommand, BundledCloudIsFoundAndOriented) {
+TEST(DemoCommand, BundledCloudIsFoundAndOriented)
+{
     // The bundled cloud is an oriented cloud the demo accepts as it is.
     const oxmesh::MeshData spot = oxmesh::readMesh(clitest::testData("clouds/spot-uniform-10k.ply"));
     EXPECT_EQ(spot.vertexCount(), 10000u);

@@ -12,11 +12,11 @@
 #include <string>
 #include <vector>
 
-#include "io/ReconstructionCleanup.h"
 #include "io/MeshData.h"
 #include "io/MeshReader.h"
 #include "io/MeshStats.h"
 #include "io/MeshWriter.h"
+#include "io/ReconstructionCleanup.h"
 #include "test_cli_support.h"
 
 namespace {
@@ -27,29 +27,34 @@ using oxmesh::CleanupReport;
 using oxmesh::MeshData;
 using oxmesh::MeshStats;
 
-std::uint32_t addVertex(MeshData& mesh, double x, double y, double z) {
+std::uint32_t addVertex(MeshData& mesh, double x, double y, double z)
+{
     mesh.positions.insert(mesh.positions.end(), {float(x), float(y), float(z)});
     const double length = std::sqrt(x * x + y * y + z * z);
-    if (length > 0) mesh.normals.insert(mesh.normals.end(), {float(x / length), float(y / length), float(z / length)});
-    else mesh.normals.insert(mesh.normals.end(), {0.0f, 0.0f, 1.0f});
+    if (length > 0)
+        mesh.normals.insert(mesh.normals.end(), {float(x / length), float(y / length), float(z / length)});
+    else
+        mesh.normals.insert(mesh.normals.end(), {0.0f, 0.0f, 1.0f});
     return std::uint32_t(mesh.vertexCount() - 1);
 }
 
-void addTriangle(MeshData& mesh, std::uint32_t a, std::uint32_t b, std::uint32_t c) {
+void addTriangle(MeshData& mesh, std::uint32_t a, std::uint32_t b, std::uint32_t c)
+{
     mesh.triangles.insert(mesh.triangles.end(), {a, b, c});
 }
 
 /// A closed, outward UV sphere of radius r around c: two poles, `rings` - 1 rings of `segments`
 /// vertices; 2 + (rings - 1) * segments vertices and 2 * segments * (rings - 1) triangles.
-void addSphere(MeshData& mesh, const std::array<double, 3>& c, double r, unsigned rings, unsigned segments) {
+void addSphere(MeshData& mesh, const std::array<double, 3>& c, double r, unsigned rings, unsigned segments)
+{
     const std::uint32_t north = addVertex(mesh, c[0], c[1], c[2] + r);
     const std::uint32_t first = std::uint32_t(mesh.vertexCount());
     for (unsigned i = 1; i < rings; ++i) {
         const double theta = M_PI * i / rings;
         for (unsigned j = 0; j < segments; ++j) {
             const double phi = 2 * M_PI * j / segments;
-            addVertex(mesh, c[0] + r * std::sin(theta) * std::cos(phi), c[1] + r * std::sin(theta) * std::sin(phi),
-                      c[2] + r * std::cos(theta));
+            addVertex(mesh, c[0] + r * std::sin(theta) * std::cos(phi),
+                      c[1] + r * std::sin(theta) * std::sin(phi), c[2] + r * std::cos(theta));
         }
     }
     const std::uint32_t south = addVertex(mesh, c[0], c[1], c[2] - r);
@@ -65,13 +70,16 @@ void addSphere(MeshData& mesh, const std::array<double, 3>& c, double r, unsigne
 }
 
 /// Removes triangle t (keeping its vertices) and returns its corners.
-std::array<std::uint32_t, 3> removeTriangle(MeshData& mesh, std::size_t t) {
-    const std::array<std::uint32_t, 3> removed{{mesh.triangles[3 * t], mesh.triangles[3 * t + 1], mesh.triangles[3 * t + 2]}};
+std::array<std::uint32_t, 3> removeTriangle(MeshData& mesh, std::size_t t)
+{
+    const std::array<std::uint32_t, 3> removed{
+        {mesh.triangles[3 * t], mesh.triangles[3 * t + 1], mesh.triangles[3 * t + 2]}};
     mesh.triangles.erase(mesh.triangles.begin() + long(3 * t), mesh.triangles.begin() + long(3 * t + 3));
     return removed;
 }
 
-void expectClosedManifoldOriented(const MeshStats& s, std::size_t components) {
+void expectClosedManifoldOriented(const MeshStats& s, std::size_t components)
+{
     EXPECT_TRUE(s.closed);
     EXPECT_TRUE(s.manifold);
     EXPECT_TRUE(s.oriented);
@@ -81,7 +89,8 @@ void expectClosedManifoldOriented(const MeshStats& s, std::size_t components) {
     EXPECT_GT(s.signedVolume, 0.0);  // still facing outwards
 }
 
-TEST(ReconstructionCleanup, ClosedManifoldMeshIsLeftExactlyAsItIs) {
+TEST(ReconstructionCleanup, ClosedManifoldMeshIsLeftExactlyAsItIs)
+{
     // A large sphere and a tiny one: the tiny piece would count as stray, but a closed manifold
     // mesh is never touched.
     MeshData mesh;
@@ -99,7 +108,8 @@ TEST(ReconstructionCleanup, ClosedManifoldMeshIsLeftExactlyAsItIs) {
     EXPECT_FALSE(cleanReconstruction(empty).ran);
 }
 
-TEST(ReconstructionCleanup, TrianglesAtFlaggedVerticesAreTrimmedAndTheRestRepaired) {
+TEST(ReconstructionCleanup, TrianglesAtFlaggedVerticesAreTrimmedAndTheRestRepaired)
+{
     // A sphere with a flap: a strip of two triangles hanging off one of its edges. Flagging the
     // flap's two outer vertices (as lying away from the points) removes the flap, reached from
     // its open rim; the sphere stays whole and closed. Each vertex is asked about once at most.
@@ -122,18 +132,21 @@ TEST(ReconstructionCleanup, TrianglesAtFlaggedVerticesAreTrimmedAndTheRestRepair
 
     MeshData trimmed = mesh;
     const CleanupReport report = cleanReconstruction(trimmed, CleanupLimits(), away);
-    for (unsigned count : asked) EXPECT_LE(count, 1u);
+    for (unsigned count : asked)
+        EXPECT_LE(count, 1u);
     EXPECT_EQ(asked[f0], 1u);
     EXPECT_EQ(report.unsupportedTriangles, 2u);
     EXPECT_EQ(report.nonManifoldTriangles, 0u);
     EXPECT_EQ(trimmed.triangleCount(), sphereTriangles);
     EXPECT_EQ(trimmed.vertexCount(), mesh.vertexCount() - 2);
     expectClosedManifoldOriented(oxmesh::computeMeshStats(trimmed), 1);
-    EXPECT_NE(oxmesh::describeCleanup(report).find("trimmed 2 triangles away from the points"), std::string::npos)
+    EXPECT_NE(oxmesh::describeCleanup(report).find("trimmed 2 triangles away from the points"),
+              std::string::npos)
         << oxmesh::describeCleanup(report);
 }
 
-TEST(ReconstructionCleanup, PinchedDoubleConeSplitsIntoTwoClosedCones) {
+TEST(ReconstructionCleanup, PinchedDoubleConeSplitsIntoTwoClosedCones)
+{
     // Two closed hexagonal cones (side fan plus a capped base) meeting apex to apex: 15 vertices,
     // 24 triangles, one vertex with two fans.
     MeshData mesh;
@@ -172,7 +185,8 @@ TEST(ReconstructionCleanup, PinchedDoubleConeSplitsIntoTwoClosedCones) {
     // Both apex vertices sit at the origin with the original's attributes.
     std::size_t atOrigin = 0;
     for (std::size_t v = 0; v < mesh.vertexCount(); ++v)
-        if (mesh.positions[3 * v] == 0.0f && mesh.positions[3 * v + 1] == 0.0f && mesh.positions[3 * v + 2] == 0.0f) {
+        if (mesh.positions[3 * v] == 0.0f && mesh.positions[3 * v + 1] == 0.0f &&
+            mesh.positions[3 * v + 2] == 0.0f) {
             ++atOrigin;
             EXPECT_EQ(mesh.normals[3 * v + 2], 1.0f);
         }
@@ -180,17 +194,21 @@ TEST(ReconstructionCleanup, PinchedDoubleConeSplitsIntoTwoClosedCones) {
     EXPECT_EQ(oxmesh::describeCleanup(report), "clean-up: split 1 pinched vertex");
 }
 
-TEST(ReconstructionCleanup, OpenDoubleConeKeepsItsRimsWhenHolesStayOpen) {
+TEST(ReconstructionCleanup, OpenDoubleConeKeepsItsRimsWhenHolesStayOpen)
+{
     // Without the caps each cone is open along a 6-edge rim; with hole closing off the split
     // leaves two open cones, and with it each rim gets a fan of 6 triangles around a new vertex.
     MeshData mesh;
     const std::uint32_t apex = addVertex(mesh, 0, 0, 0);
     for (const double side : {1.0, -1.0}) {
         const std::uint32_t ring = std::uint32_t(mesh.vertexCount());
-        for (unsigned j = 0; j < 6; ++j) addVertex(mesh, std::cos(M_PI * j / 3), std::sin(M_PI * j / 3), side);
         for (unsigned j = 0; j < 6; ++j)
-            if (side > 0) addTriangle(mesh, apex, ring + (j + 1) % 6, ring + j);
-            else addTriangle(mesh, apex, ring + j, ring + (j + 1) % 6);
+            addVertex(mesh, std::cos(M_PI * j / 3), std::sin(M_PI * j / 3), side);
+        for (unsigned j = 0; j < 6; ++j)
+            if (side > 0)
+                addTriangle(mesh, apex, ring + (j + 1) % 6, ring + j);
+            else
+                addTriangle(mesh, apex, ring + j, ring + (j + 1) % 6);
     }
     MeshData open = mesh;
     CleanupLimits noHoles;
@@ -209,7 +227,7 @@ TEST(ReconstructionCleanup, OpenDoubleConeKeepsItsRimsWhenHolesStayOpen) {
     const CleanupReport closed = cleanReconstruction(mesh);
     EXPECT_EQ(closed.closedHoles, 2u);
     EXPECT_EQ(closed.holeTriangles, 12u);
-    EXPECT_EQ(mesh.vertexCount(), 16u);   // 13 + the apex copy + two rim centres
+    EXPECT_EQ(mesh.vertexCount(), 16u);  // 13 + the apex copy + two rim centres
     EXPECT_EQ(mesh.triangleCount(), 24u);
     expectClosedManifoldOriented(oxmesh::computeMeshStats(mesh), 2);
     // The rim centres lie at the rims' centroids, on the axis.
@@ -220,7 +238,8 @@ TEST(ReconstructionCleanup, OpenDoubleConeKeepsItsRimsWhenHolesStayOpen) {
               "clean-up: split 1 pinched vertex, closed 2 small holes (12 triangles)");
 }
 
-TEST(ReconstructionCleanup, FinOnAnEdgeIsDroppedAndTheHoleClosed) {
+TEST(ReconstructionCleanup, FinOnAnEdgeIsDroppedAndTheHoleClosed)
+{
     // A sphere plus one fin triangle on an edge of the sphere: that edge has three triangles.
     // All three go; the two sphere triangles leave a 4-edge hole, closed by a fan of 4 around a
     // new vertex; the fin's own vertex is no longer used.
@@ -241,10 +260,12 @@ TEST(ReconstructionCleanup, FinOnAnEdgeIsDroppedAndTheHoleClosed) {
     EXPECT_EQ(mesh.vertexCount(), v0 + 1);
     EXPECT_EQ(mesh.triangleCount(), t0 - 2 + 4);
     expectClosedManifoldOriented(oxmesh::computeMeshStats(mesh), 1);
-    for (std::size_t v = 0; v < mesh.vertexCount(); ++v) EXPECT_LT(mesh.positions[3 * v + 2], 1.5f);  // no tip
+    for (std::size_t v = 0; v < mesh.vertexCount(); ++v)
+        EXPECT_LT(mesh.positions[3 * v + 2], 1.5f);  // no tip
 }
 
-TEST(ReconstructionCleanup, StraySliverAndDegenerateTrianglesAreDropped) {
+TEST(ReconstructionCleanup, StraySliverAndDegenerateTrianglesAreDropped)
+{
     // A closed sphere of 160 triangles, a separate sliver triangle and a triangle naming a
     // sphere vertex twice: the sliver is 1/160 of the largest piece (under the 1/200 default
     // it stays, with a 1/100 limit it goes); the degenerate triangle always goes.
@@ -281,7 +302,8 @@ TEST(ReconstructionCleanup, StraySliverAndDegenerateTrianglesAreDropped) {
               "clean-up: dropped 1 degenerate triangle, dropped 1 stray piece (1 triangle)");
 }
 
-TEST(ReconstructionCleanup, SmallHolesCloseAndLargeOnesStayOpen) {
+TEST(ReconstructionCleanup, SmallHolesCloseAndLargeOnesStayOpen)
+{
     // One missing triangle: the 3-edge hole is closed by that very triangle again.
     MeshData one;
     addSphere(one, {{0, 0, 0}}, 1.0, 10, 12);
@@ -291,7 +313,8 @@ TEST(ReconstructionCleanup, SmallHolesCloseAndLargeOnesStayOpen) {
     EXPECT_EQ(report.closedHoles, 1u);
     EXPECT_EQ(report.holeTriangles, 1u);
     ASSERT_EQ(one.triangleCount(), t0);
-    std::array<std::uint32_t, 3> added{{one.triangles[3 * t0 - 3], one.triangles[3 * t0 - 2], one.triangles[3 * t0 - 1]}};
+    std::array<std::uint32_t, 3> added{
+        {one.triangles[3 * t0 - 3], one.triangles[3 * t0 - 2], one.triangles[3 * t0 - 1]}};
     std::rotate(added.begin(), std::find(added.begin(), added.end(), removed[0]), added.end());
     EXPECT_EQ(added, removed);  // same corners in the same turning order
     expectClosedManifoldOriented(oxmesh::computeMeshStats(one), 1);
@@ -302,7 +325,8 @@ TEST(ReconstructionCleanup, SmallHolesCloseAndLargeOnesStayOpen) {
     addSphere(cap, {{0, 0, 0}}, 1.0, 10, 40);
     const std::size_t t1 = cap.triangleCount();
     for (std::size_t t = t1; t-- > 0;)
-        if (cap.triangles[3 * t] == cap.vertexCount() - 1) removeTriangle(cap, t);
+        if (cap.triangles[3 * t] == cap.vertexCount() - 1)
+            removeTriangle(cap, t);
     ASSERT_EQ(cap.triangleCount(), t1 - 40);
     MeshData wide = cap;
     const CleanupReport open = cleanReconstruction(cap);
@@ -330,14 +354,16 @@ TEST(ReconstructionCleanup, SmallHolesCloseAndLargeOnesStayOpen) {
 // runs on past the cloud's rim into the hole (an extrapolated band that ends in an open rim);
 // by default the band is trimmed, leaving the cloud's own hole as one open, manifold border,
 // and a "clean-up:" line follows the summary.
-TEST(ReconstructCleanupCommand, BandPastTheCloudsRimIsTrimmedUnlessRaw) {
+TEST(ReconstructCleanupCommand, BandPastTheCloudsRimIsTrimmedUnlessRaw)
+{
     clitest::ScratchDir dir;
     MeshData cloud;
     const unsigned n = 1500;
     float lowest = 1.0f;
     for (unsigned i = 0; i < n; ++i) {
         const double z = 1.0 - 2.0 * (i + 0.5) / n;
-        if (z < -0.85) continue;
+        if (z < -0.85)
+            continue;
         const double s = std::sqrt(1.0 - z * z), phi = 2.399963229728653 * i;
         const float normal[3] = {float(s * std::cos(phi)), float(s * std::sin(phi)), float(z)};
         cloud.positions.insert(cloud.positions.end(), {5.0f + normal[0], normal[1], normal[2]});
@@ -348,7 +374,8 @@ TEST(ReconstructCleanupCommand, BandPastTheCloudsRimIsTrimmedUnlessRaw) {
     oxmesh::writeMesh(in, cloud);
     auto lowestVertex = [](const MeshData& mesh) {
         float z = 1e30f;
-        for (std::size_t v = 0; v < mesh.vertexCount(); ++v) z = std::min(z, mesh.positions[3 * v + 2]);
+        for (std::size_t v = 0; v < mesh.vertexCount(); ++v)
+            z = std::min(z, mesh.positions[3 * v + 2]);
         return z;
     };
 

@@ -15,22 +15,27 @@ namespace {
 
 using Matrix = std::array<double, 16>;
 
-Matrix product(const Matrix& a, const Matrix& b) {
+Matrix product(const Matrix& a, const Matrix& b)
+{
     Matrix c{};
     for (int r = 0; r < 4; ++r)
         for (int col = 0; col < 4; ++col)
-            for (int k = 0; k < 4; ++k) c[4 * r + col] += a[4 * r + k] * b[4 * k + col];
+            for (int k = 0; k < 4; ++k)
+                c[4 * r + col] += a[4 * r + k] * b[4 * k + col];
     return c;
 }
 
-Matrix matrixOf(const ox::oxTransformation& transform) {
+Matrix matrixOf(const ox::oxTransformation& transform)
+{
     Matrix m{};
     for (int r = 0; r < 4; ++r)
-        for (int c = 0; c < 4; ++c) m[4 * r + c] = transform.GetMatrix()(r, c);
+        for (int c = 0; c < 4; ++c)
+            m[4 * r + c] = transform.GetMatrix()(r, c);
     return m;
 }
 
-void expectRoundTrip(const oxmesh::MeshData& mesh) {
+void expectRoundTrip(const oxmesh::MeshData& mesh)
+{
     const ox::oxPointer<ox::oxGeometry> geometry(oxmesh::toGeometry(mesh));
     const oxmesh::MeshData back = oxmesh::fromTriMesh(*geometry);
     EXPECT_EQ(back.positions, mesh.positions);
@@ -42,7 +47,8 @@ void expectRoundTrip(const oxmesh::MeshData& mesh) {
 
 }  // namespace
 
-TEST(SceneConversion, GeometryLayoutFollowsTheMeshAttributes) {
+TEST(SceneConversion, GeometryLayoutFollowsTheMeshAttributes)
+{
     oxmesh::MeshData mesh;
     mesh.positions = {0, 0, 0, 1, 0, 0, 0, 1, 0};
     mesh.normals = {0, 0, 1, 0, 0, 1, 0, 0, -1};
@@ -73,14 +79,16 @@ TEST(SceneConversion, GeometryLayoutFollowsTheMeshAttributes) {
     expectRoundTrip(cloud);
 }
 
-TEST(SceneConversion, BundledMeshesRoundTripExactly) {
+TEST(SceneConversion, BundledMeshesRoundTripExactly)
+{
     for (const char* name : {"meshes/spot.obj", "meshes/suzanne.obj", "meshes/beetle.obj"}) {
         SCOPED_TRACE(name);
         expectRoundTrip(oxmesh::readMesh(clitest::testData(name)));
     }
 }
 
-TEST(SceneConversion, FourChannelColoursComeBackAsRgb) {
+TEST(SceneConversion, FourChannelColoursComeBackAsRgb)
+{
     ox::oxAttributes layout;
     layout.SetPositionChannels(3);
     layout.SetColorChannels(0, 4);
@@ -99,7 +107,8 @@ TEST(SceneConversion, FourChannelColoursComeBackAsRgb) {
     EXPECT_EQ(data.triangles, (std::vector<std::uint32_t>{2, 1, 0}));
 }
 
-TEST(SceneConversion, NodeTreeWorldTransformsAreProductsOfTheFileMatrices) {
+TEST(SceneConversion, NodeTreeWorldTransformsAreProductsOfTheFileMatrices)
+{
     clitest::ScratchDir dir;
     const std::string path = dir.file("two-nodes.gltf");
     clitest::writeText(path, scenetest::twoNodeGltf());
@@ -129,7 +138,8 @@ TEST(SceneConversion, NodeTreeWorldTransformsAreProductsOfTheFileMatrices) {
 
     // The file's matrices, multiplied here.
     const std::vector<float> p = scenetest::parentMatrixRowMajor();
-    const Matrix parentLocal{p[0], p[1], p[2], p[3], p[4], p[5], p[6], p[7], p[8], p[9], p[10], p[11], p[12], p[13], p[14], p[15]};
+    const Matrix parentLocal{p[0], p[1], p[2],  p[3],  p[4],  p[5],  p[6],  p[7],
+                             p[8], p[9], p[10], p[11], p[12], p[13], p[14], p[15]};
     const Matrix childLocal{1, 0, 0, 0, 0, 1, 0, 5, 0, 0, 1, 0, 0, 0, 0, 1};
     const Matrix parentWorld = product(above, parentLocal);
     const Matrix childWorld = product(parentWorld, childLocal);
@@ -151,9 +161,11 @@ TEST(SceneConversion, NodeTreeWorldTransformsAreProductsOfTheFileMatrices) {
     std::vector<float> placed;
     for (const ox::oxGeometry* leaf : {parentGeometry, childGeometry})
         for (int v = 0; v < leaf->GetVertexBuffer()->GetVertexQuantity(); ++v) {
-            const Wm4::Vector3<float> q = leaf->getWorldTransform().ApplyForward(leaf->GetVertexBuffer()->Position3(v));
+            const Wm4::Vector3<float> q =
+                leaf->getWorldTransform().ApplyForward(leaf->GetVertexBuffer()->Position3(v));
             placed.insert(placed.end(), {q.X(), q.Y(), q.Z()});
         }
     ASSERT_EQ(placed.size(), flat.positions.size());
-    for (std::size_t i = 0; i < placed.size(); ++i) EXPECT_NEAR(placed[i], flat.positions[i], 1e-5f) << i;
+    for (std::size_t i = 0; i < placed.size(); ++i)
+        EXPECT_NEAR(placed[i], flat.positions[i], 1e-5f) << i;
 }

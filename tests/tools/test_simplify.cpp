@@ -21,7 +21,8 @@ struct Written {
     oxmesh::MeshStats stats;
 };
 
-Written readBack(const std::string& path) {
+Written readBack(const std::string& path)
+{
     Written w;
     w.mesh = oxmesh::readMesh(path);
     w.stats = oxmesh::computeMeshStats(w.mesh);
@@ -29,12 +30,14 @@ Written readBack(const std::string& path) {
 }
 
 /// Each collapse removes two triangles, so an odd difference ends one above the target.
-void expectAtTarget(std::size_t achieved, unsigned target) {
+void expectAtTarget(std::size_t achieved, unsigned target)
+{
     EXPECT_GE(achieved, target);
     EXPECT_LE(achieved, target + 1u);
 }
 
-TEST(OxmeshSimplify, ClosedMeshStaysClosedManifoldWithItsEulerCharacteristic) {
+TEST(OxmeshSimplify, ClosedMeshStaysClosedManifoldWithItsEulerCharacteristic)
+{
     clitest::ScratchDir dir;
     const std::string input = clitest::testData("meshes/spot.obj");  // 5856 triangles, closed, genus 0
     // --ratio 0.1 -> 586; 59 is below where a single run of the generic collapse stalls (954), so
@@ -63,7 +66,8 @@ TEST(OxmeshSimplify, ClosedMeshStaysClosedManifoldWithItsEulerCharacteristic) {
     }
 }
 
-TEST(OxmeshSimplify, ErrorBoundStopsEarlierTheTighterItIs) {
+TEST(OxmeshSimplify, ErrorBoundStopsEarlierTheTighterItIs)
+{
     clitest::ScratchDir dir;
     const std::string input = clitest::testData("meshes/spot.obj");
     std::vector<std::size_t> counts;
@@ -82,26 +86,31 @@ TEST(OxmeshSimplify, ErrorBoundStopsEarlierTheTighterItIs) {
     EXPECT_GT(counts[2], 59u);
 }
 
-TEST(OxmeshSimplify, NonManifoldInputIsRefusedWithTheMessageAndAHint) {
+TEST(OxmeshSimplify, NonManifoldInputIsRefusedWithTheMessageAndAHint)
+{
     clitest::ScratchDir dir;
     // Non-manifold edge counts as `oxmesh info` reports them for the bundled files.
     for (const auto& [file, edges] : {std::pair<std::string, int>{"meshes/beetle.obj", 47},
                                       std::pair<std::string, int>{"meshes/bun_zipper_res4.ply", 70}}) {
         const std::string output = dir.file("out.ply");
-        const clitest::RunResult run = runOxmesh({"simplify", clitest::testData(file), "-o", output, "--ratio", "0.5"});
+        const clitest::RunResult run =
+            runOxmesh({"simplify", clitest::testData(file), "-o", output, "--ratio", "0.5"});
         EXPECT_EQ(run.exitCode, 1);
         const std::vector<std::string> lines = run.errLines();
         ASSERT_EQ(lines.size(), 2u) << run.err;
-        EXPECT_NE(lines[0].find("Error while initializing edge collapse: input mesh is not manifold"), std::string::npos);
+        EXPECT_NE(lines[0].find("Error while initializing edge collapse: input mesh is not manifold"),
+                  std::string::npos);
         EXPECT_NE(lines[0].find(file), std::string::npos);
         EXPECT_EQ(lines[1].rfind("hint: ", 0), 0u);
-        EXPECT_NE(lines[1].find(std::to_string(edges) + " edges in more than two triangles"), std::string::npos)
+        EXPECT_NE(lines[1].find(std::to_string(edges) + " edges in more than two triangles"),
+                  std::string::npos)
             << lines[1];
         EXPECT_FALSE(clitest::fs::exists(output));
     }
 }
 
-TEST(OxmeshSimplify, TargetAboveTheCountAndTargetOptions) {
+TEST(OxmeshSimplify, TargetAboveTheCountAndTargetOptions)
+{
     clitest::ScratchDir dir;
     const std::string input = clitest::testData("meshes/spot.obj"), output = dir.file("out.obj");
     const clitest::RunResult above = runOxmesh({"simplify", input, "-o", output, "--triangles", "100000"});
@@ -111,8 +120,9 @@ TEST(OxmeshSimplify, TargetAboveTheCountAndTargetOptions) {
     EXPECT_NE(above.out.find("nothing to do"), std::string::npos) << above.out;
 
     // Exactly one of --ratio and --triangles; a ratio outside [0, 1] is a usage error too.
-    for (const auto& args : {std::vector<std::string>{}, std::vector<std::string>{"--ratio", "0.5", "--triangles", "9"},
-                             std::vector<std::string>{"--ratio", "1.5"}}) {
+    for (const auto& args :
+         {std::vector<std::string>{}, std::vector<std::string>{"--ratio", "0.5", "--triangles", "9"},
+          std::vector<std::string>{"--ratio", "1.5"}}) {
         std::vector<std::string> command{"simplify", input, "-o", dir.file("usage.ply")};
         command.insert(command.end(), args.begin(), args.end());
         const clitest::RunResult run = runOxmesh(command);
@@ -121,7 +131,8 @@ TEST(OxmeshSimplify, TargetAboveTheCountAndTargetOptions) {
     }
 }
 
-TEST(OxmeshSimplify, VerticesSplitAtSeamsAreWeldedFirst) {
+TEST(OxmeshSimplify, VerticesSplitAtSeamsAreWeldedFirst)
+{
     clitest::ScratchDir dir;
     // Every triangle of spot with three vertices of its own: as a file split at every edge.
     const oxmesh::MeshData welded = oxmesh::readMesh(clitest::testData("meshes/spot.obj"));
@@ -142,15 +153,17 @@ TEST(OxmeshSimplify, VerticesSplitAtSeamsAreWeldedFirst) {
     EXPECT_EQ(w.stats.eulerCharacteristic, 2);
 }
 
-TEST(OxmeshSimplify, LockedBorderVerticesKeepTheirPositions) {
+TEST(OxmeshSimplify, LockedBorderVerticesKeepTheirPositions)
+{
     clitest::ScratchDir dir;
     // A bumpy 24 x 24 square patch (a disk: Euler characteristic 1).
     oxmesh::MeshData patch;
     const unsigned n = 24;
     for (unsigned j = 0; j <= n; ++j)
         for (unsigned i = 0; i <= n; ++i)
-            patch.positions.insert(patch.positions.end(),
-                                   {float(i), float(j), 2.0f * std::sin(0.5f * float(i)) * std::cos(0.4f * float(j))});
+            patch.positions.insert(
+                patch.positions.end(),
+                {float(i), float(j), 2.0f * std::sin(0.5f * float(i)) * std::cos(0.4f * float(j))});
     for (unsigned j = 0; j < n; ++j)
         for (unsigned i = 0; i < n; ++i) {
             const std::uint32_t a = j * (n + 1) + i, b = a + 1, c = a + n + 2, d = a + n + 1;
@@ -159,11 +172,13 @@ TEST(OxmeshSimplify, LockedBorderVerticesKeepTheirPositions) {
     std::set<std::tuple<float, float, float>> border;
     for (std::size_t v = 0; v < patch.vertexCount(); ++v) {
         const float x = patch.positions[3 * v], y = patch.positions[3 * v + 1];
-        if (x == 0 || y == 0 || x == float(n) || y == float(n)) border.emplace(x, y, patch.positions[3 * v + 2]);
+        if (x == 0 || y == 0 || x == float(n) || y == float(n))
+            border.emplace(x, y, patch.positions[3 * v + 2]);
     }
     const std::string input = dir.file("patch.ply"), output = dir.file("out.ply");
     oxmesh::writeMesh(input, patch);
-    const clitest::RunResult run = runOxmesh({"simplify", input, "-o", output, "--ratio", "0.3", "--lock-boundary"});
+    const clitest::RunResult run =
+        runOxmesh({"simplify", input, "-o", output, "--ratio", "0.3", "--lock-boundary"});
     ASSERT_EQ(run.exitCode, 0) << run.err;
     const Written w = readBack(output);
     EXPECT_LT(w.mesh.triangleCount(), patch.triangleCount() / 2);
@@ -172,7 +187,8 @@ TEST(OxmeshSimplify, LockedBorderVerticesKeepTheirPositions) {
     std::set<std::tuple<float, float, float>> kept;
     for (std::size_t v = 0; v < w.mesh.vertexCount(); ++v)
         kept.emplace(w.mesh.positions[3 * v], w.mesh.positions[3 * v + 1], w.mesh.positions[3 * v + 2]);
-    for (const auto& p : border) EXPECT_EQ(kept.count(p), 1u) << std::get<0>(p) << " " << std::get<1>(p);
+    for (const auto& p : border)
+        EXPECT_EQ(kept.count(p), 1u) << std::get<0>(p) << " " << std::get<1>(p);
 }
 
 }  // namespace

@@ -13,7 +13,8 @@
 
 namespace {
 
-oxmesh::MeshData square() {
+oxmesh::MeshData square()
+{
     oxmesh::MeshData mesh;
     mesh.positions = {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0};
     mesh.triangles = {0, 1, 2, 0, 2, 3};
@@ -21,7 +22,8 @@ oxmesh::MeshData square() {
 }
 
 /// The message validateMesh throws for `mesh`, or "" when it passes.
-std::string validationMessage(const oxmesh::MeshData& mesh) {
+std::string validationMessage(const oxmesh::MeshData& mesh)
+{
     try {
         oxmesh::validateMesh(mesh, "scan.ply");
     } catch (const oxmesh::InputError& error) {
@@ -31,7 +33,8 @@ std::string validationMessage(const oxmesh::MeshData& mesh) {
     return "";
 }
 
-std::string readMessage(const std::string& path) {
+std::string readMessage(const std::string& path)
+{
     try {
         oxmesh::readMesh(path);
     } catch (const oxmesh::InputError& error) {
@@ -42,29 +45,34 @@ std::string readMessage(const std::string& path) {
 
 }  // namespace
 
-TEST(ValidateMesh, AcceptsGoodMeshesAndPointClouds) {
+TEST(ValidateMesh, AcceptsGoodMeshesAndPointClouds)
+{
     EXPECT_EQ(validationMessage(square()), "");
     oxmesh::MeshData cloud = square();
     cloud.triangles.clear();
     EXPECT_EQ(validationMessage(cloud), "");
 }
 
-TEST(ValidateMesh, NamesTheFirstNonFiniteVertexAndCountsThemAll) {
+TEST(ValidateMesh, NamesTheFirstNonFiniteVertexAndCountsThemAll)
+{
     const float nan = std::numeric_limits<float>::quiet_NaN();
     const float inf = std::numeric_limits<float>::infinity();
     oxmesh::MeshData mesh = square();
     mesh.positions[6] = nan;  // vertex 2
     mesh.positions[7] = 0.5f;
     mesh.positions[11] = -inf;  // vertex 3
-    EXPECT_EQ(validationMessage(mesh),
-              "scan.ply: vertex 2 has a non-finite coordinate (nan, 0.5, 0); 2 vertices in all are not finite");
+    EXPECT_EQ(
+        validationMessage(mesh),
+        "scan.ply: vertex 2 has a non-finite coordinate (nan, 0.5, 0); 2 vertices in all are not finite");
 
     oxmesh::MeshData single = square();
     single.positions[1] = inf;
-    EXPECT_EQ(validationMessage(single), "scan.ply: vertex 0 has a non-finite coordinate (0, inf, 0); it is the only one");
+    EXPECT_EQ(validationMessage(single),
+              "scan.ply: vertex 0 has a non-finite coordinate (0, inf, 0); it is the only one");
 }
 
-TEST(ValidateMesh, RejectsIndicesOutOfRangeMissingVerticesAndMismatchedAttributes) {
+TEST(ValidateMesh, RejectsIndicesOutOfRangeMissingVerticesAndMismatchedAttributes)
+{
     oxmesh::MeshData mesh = square();
     mesh.triangles[4] = 4;
     EXPECT_EQ(validationMessage(mesh), "scan.ply: triangle 1 refers to vertex 4, but there are 4 vertices");
@@ -83,7 +91,8 @@ TEST(ValidateMesh, RejectsIndicesOutOfRangeMissingVerticesAndMismatchedAttribute
     EXPECT_EQ(validationMessage(colours), "scan.ply: 5 colours for 4 vertices");
 }
 
-TEST(ValidateMesh, NonFiniteAndZeroNormalsAreCountedNotRejected) {
+TEST(ValidateMesh, NonFiniteAndZeroNormalsAreCountedNotRejected)
+{
     oxmesh::MeshData mesh = square();
     mesh.normals = {0, 0, 1, std::numeric_limits<float>::quiet_NaN(), 0, 1, 0, 0, 0, 0, 0, 1};
     EXPECT_EQ(validationMessage(mesh), "");
@@ -92,7 +101,8 @@ TEST(ValidateMesh, NonFiniteAndZeroNormalsAreCountedNotRejected) {
     EXPECT_EQ(stats.zeroNormals, 1u);
 }
 
-TEST(ValidateMesh, EveryFormatIsValidatedAfterLoading) {
+TEST(ValidateMesh, EveryFormatIsValidatedAfterLoading)
+{
     // The same broken content in three formats and three readers, one message.
     const char* expected = "vertex 1 has a non-finite coordinate (nan, 0, 0); it is the only one";
     for (const char* file : {"broken/obj/nan-coordinate.obj", "broken/off/nan-coordinate.off"}) {
@@ -100,18 +110,22 @@ TEST(ValidateMesh, EveryFormatIsValidatedAfterLoading) {
         EXPECT_EQ(readMessage(path), path + ": " + expected);
     }
     const std::string stl = clitest::testData("broken/stl/nan-vertex.stl");
-    EXPECT_EQ(readMessage(stl), stl + ": vertex 3 has a non-finite coordinate (nan, 1, 0); it is the only one");
+    EXPECT_EQ(readMessage(stl),
+              stl + ": vertex 3 has a non-finite coordinate (nan, 1, 0); it is the only one");
 
     const std::string scan = clitest::sharedData("scans/stress-table_scene_mug_stereo_with_nan.ply");
-    if (!clitest::fs::exists(scan)) GTEST_SKIP() << "shared data set not present";
+    if (!clitest::fs::exists(scan))
+        GTEST_SKIP() << "shared data set not present";
     const std::string message = readMessage(scan);
     EXPECT_EQ(message.rfind(scan + ": vertex ", 0), 0u) << message;
-    EXPECT_NE(message.find("has a non-finite coordinate (nan, nan, nan); 24491 vertices in all are not finite"),
-              std::string::npos)
+    EXPECT_NE(
+        message.find("has a non-finite coordinate (nan, nan, nan); 24491 vertices in all are not finite"),
+        std::string::npos)
         << message;
 }
 
-TEST(MeshReaderPaths, CheckedBeforeAnyReader) {
+TEST(MeshReaderPaths, CheckedBeforeAnyReader)
+{
     clitest::ScratchDir dir;
     const std::string missing = dir.file("missing.ply");
     EXPECT_EQ(readMessage(missing), missing + ": no such file");
@@ -125,8 +139,8 @@ TEST(MeshReaderPaths, CheckedBeforeAnyReader) {
     }
     clitest::writeText(dir.file("points.pcd"), "VERSION .7\n");
     EXPECT_EQ(readMessage(dir.file("points.pcd")),
-              dir.file("points.pcd") +
-                  ": unknown file extension '.pcd' (supported: .ply .obj .off .stl .gltf .glb .fbx .3mf .dae .3ds .xyz .txt)");
+              dir.file("points.pcd") + ": unknown file extension '.pcd' (supported: .ply .obj .off .stl "
+                                       ".gltf .glb .fbx .3mf .dae .3ds .xyz .txt)");
     clitest::writeText(dir.file("noextension"), "v 0 0 0\n");
     EXPECT_NE(readMessage(dir.file("noextension")).find("no file extension (supported: "), std::string::npos);
 
@@ -134,7 +148,8 @@ TEST(MeshReaderPaths, CheckedBeforeAnyReader) {
     EXPECT_EQ(oxmesh::lowerCaseExtension("/a.b/mesh"), "");
 }
 
-TEST(MeshReaderPaths, DispatchIsByCaseInsensitiveExtension) {
+TEST(MeshReaderPaths, DispatchIsByCaseInsensitiveExtension)
+{
     clitest::ScratchDir dir;
     const std::string text = "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n";
     clitest::writeText(dir.file("tri.OBJ"), text);

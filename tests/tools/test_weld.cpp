@@ -13,7 +13,8 @@ namespace {
 
 /// The first vertex u <= v with the same coordinates (compared as values, so -0 == +0 and a NaN
 /// coordinate never equals anything). O(n^2).
-std::vector<std::size_t> bruteForceFirst(const std::vector<float>& p) {
+std::vector<std::size_t> bruteForceFirst(const std::vector<float>& p)
+{
     const std::size_t n = p.size() / 3;
     std::vector<std::size_t> first(n);
     for (std::size_t v = 0; v < n; ++v) {
@@ -30,32 +31,39 @@ std::vector<std::size_t> bruteForceFirst(const std::vector<float>& p) {
 
 /// A soup whose vertices are drawn from a few distinct positions (with signed zeros mixed in),
 /// each vertex with its own normal and colour, and random triangles and polygons.
-oxmesh::MeshData randomSoup(std::mt19937& rng, std::size_t vertices, std::size_t distinct) {
+oxmesh::MeshData randomSoup(std::mt19937& rng, std::size_t vertices, std::size_t distinct)
+{
     std::uniform_int_distribution<int> coordinate(-2, 2);
     std::vector<std::array<float, 3>> pool(distinct);
     for (auto& p : pool)
-        for (float& x : p) x = float(coordinate(rng)) * 0.25f;
+        for (float& x : p)
+            x = float(coordinate(rng)) * 0.25f;
     std::uniform_int_distribution<std::size_t> pick(0, distinct - 1);
     std::uniform_real_distribution<float> unit(0.0f, 1.0f);
     oxmesh::MeshData mesh;
     for (std::size_t v = 0; v < vertices; ++v) {
         std::array<float, 3> p = pool[pick(rng)];
         for (float& x : p)
-            if (x == 0.0f && unit(rng) < 0.5f) x = -0.0f;
+            if (x == 0.0f && unit(rng) < 0.5f)
+                x = -0.0f;
         mesh.positions.insert(mesh.positions.end(), p.begin(), p.end());
-        for (int k = 0; k < 3; ++k) mesh.normals.push_back(unit(rng));
-        for (int k = 0; k < 3; ++k) mesh.colors.push_back(unit(rng));
+        for (int k = 0; k < 3; ++k)
+            mesh.normals.push_back(unit(rng));
+        for (int k = 0; k < 3; ++k)
+            mesh.colors.push_back(unit(rng));
     }
     std::uniform_int_distribution<std::uint32_t> index(0, std::uint32_t(vertices - 1));
     for (std::size_t t = 0; t < vertices; ++t)
-        for (int k = 0; k < 3; ++k) mesh.triangles.push_back(index(rng));
+        for (int k = 0; k < 3; ++k)
+            mesh.triangles.push_back(index(rng));
     mesh.polygonStarts = {0, 2, 3, 7};
     return mesh;
 }
 
 }  // namespace
 
-TEST(WeldByPosition, MatchesBruteForceFirstOccurrence) {
+TEST(WeldByPosition, MatchesBruteForceFirstOccurrence)
+{
     std::mt19937 rng(20240611);
     for (int round = 0; round < 40; ++round) {
         const std::size_t vertices = 20 + std::size_t(round) * 7, distinct = 3 + std::size_t(round) % 17;
@@ -79,7 +87,8 @@ TEST(WeldByPosition, MatchesBruteForceFirstOccurrence) {
             }
         }
         std::vector<std::uint32_t> triangles;
-        for (std::uint32_t index : original.triangles) triangles.push_back(renumber[index]);
+        for (std::uint32_t index : original.triangles)
+            triangles.push_back(renumber[index]);
 
         oxmesh::MeshData mesh = original;
         mesh.weldedVertices = 5;  // adds to what earlier steps merged
@@ -101,7 +110,8 @@ TEST(WeldByPosition, MatchesBruteForceFirstOccurrence) {
     }
 }
 
-TEST(WeldByPosition, NonFiniteVerticesStayApartAndSignedZerosMerge) {
+TEST(WeldByPosition, NonFiniteVerticesStayApartAndSignedZerosMerge)
+{
     const float nan = std::numeric_limits<float>::quiet_NaN();
     oxmesh::MeshData mesh;
     mesh.positions = {nan, 0, 0, nan, 0, 0, 0.0f, 1, 2, -0.0f, 1, 2, INFINITY, 0, 0, INFINITY, 0, 0};
@@ -110,10 +120,12 @@ TEST(WeldByPosition, NonFiniteVerticesStayApartAndSignedZerosMerge) {
     ASSERT_EQ(mesh.vertexCount(), 5u);
     EXPECT_EQ(mesh.triangles, (std::vector<std::uint32_t>{0, 1, 2, 2, 3, 4}));
     EXPECT_FALSE(std::signbit(mesh.positions[6]));  // the first occurrence (+0) is kept
-    EXPECT_EQ(oxmesh::firstVertexWithSamePosition(mesh.positions), (std::vector<std::uint32_t>{0, 1, 2, 3, 4}));
+    EXPECT_EQ(oxmesh::firstVertexWithSamePosition(mesh.positions),
+              (std::vector<std::uint32_t>{0, 1, 2, 3, 4}));
 }
 
-TEST(WeldByPosition, EmptyAndDuplicateFreeMeshesAreUnchanged) {
+TEST(WeldByPosition, EmptyAndDuplicateFreeMeshesAreUnchanged)
+{
     oxmesh::MeshData empty;
     EXPECT_EQ(oxmesh::weldByPosition(empty), 0u);
     oxmesh::MeshData mesh;
@@ -126,7 +138,8 @@ TEST(WeldByPosition, EmptyAndDuplicateFreeMeshesAreUnchanged) {
     EXPECT_EQ(mesh.weldedVertices, 0u);
 }
 
-TEST(WeldByPosition, LargeGridOfPerCornerVerticesWeldsToTheGrid) {
+TEST(WeldByPosition, LargeGridOfPerCornerVerticesWeldsToTheGrid)
+{
     // A 300 x 300 grid stored the way Assimp stores STL: three fresh vertices per triangle.
     const int n = 300;
     oxmesh::MeshData mesh;

@@ -15,9 +15,13 @@
 
 namespace {
 
-oxmesh::MeshData parse(const std::string& text) { return oxmesh::parseXyz(text.data(), text.size(), "mem.xyz"); }
+oxmesh::MeshData parse(const std::string& text)
+{
+    return oxmesh::parseXyz(text.data(), text.size(), "mem.xyz");
+}
 
-std::string parseError(const std::string& text) {
+std::string parseError(const std::string& text)
+{
     try {
         parse(text);
     } catch (const oxmesh::InputError& e) {
@@ -26,7 +30,8 @@ std::string parseError(const std::string& text) {
     return "";
 }
 
-TEST(Xyz, SeparatorsCommentsAndLineEnds) {
+TEST(Xyz, SeparatorsCommentsAndLineEnds)
+{
     const std::vector<float> expected = {1, 2, 3, -4.5f, 5e-3f, 600, 0.25f, -0.0f, 7};
     const std::vector<std::string> texts = {
         "1 2 3\n-4.5 5e-3 600\n0.25 -0 7\n",
@@ -46,9 +51,11 @@ TEST(Xyz, SeparatorsCommentsAndLineEnds) {
     EXPECT_EQ((std::vector<float>{0, 0, 1, 0, 1, 0}), n.normals);
 }
 
-TEST(Xyz, LineProblemsAreNamed) {
+TEST(Xyz, LineProblemsAreNamed)
+{
     EXPECT_EQ("mem.xyz: line 3: 6 columns, but line 2 has 3", parseError("#\n1 2 3\n1 2 3 4 5 6\n"));
-    EXPECT_EQ("mem.xyz: line 1: expected 3 or 6 columns (x y z or x y z nx ny nz), found 2", parseError("1 2\n"));
+    EXPECT_EQ("mem.xyz: line 1: expected 3 or 6 columns (x y z or x y z nx ny nz), found 2",
+              parseError("1 2\n"));
     EXPECT_EQ("mem.xyz: line 1: expected 3 or 6 columns (x y z or x y z nx ny nz), found 9",
               parseError("1 2 3 4 5 6 7 8 9\n"));
     EXPECT_EQ("mem.xyz: line 2: '3#' is not a number", parseError("1 2 3\n1 2 3# note\n"));
@@ -56,10 +63,12 @@ TEST(Xyz, LineProblemsAreNamed) {
     EXPECT_EQ("mem.xyz: line 1: empty column", parseError("1,2,3,\n"));
     EXPECT_EQ("mem.xyz: line 1: empty column", parseError("1 2 , , 3\n"));
     EXPECT_EQ("mem.xyz: empty file", parseError(""));
-    EXPECT_EQ("mem.xyz: no points in the file (only blank or comment lines)", parseError("\n# nothing\n  \n"));
+    EXPECT_EQ("mem.xyz: no points in the file (only blank or comment lines)",
+              parseError("\n# nothing\n  \n"));
 }
 
-TEST(Xyz, BrokenCorpusFilesFailWithTheirExpectedMessage) {
+TEST(Xyz, BrokenCorpusFilesFailWithTheirExpectedMessage)
+{
     const std::map<std::string, std::string> expected = {
         {"empty.xyz", "empty file"},
         {"mixed-columns.xyz", "line 4: 6 columns, but line 2 has 3"},
@@ -73,7 +82,8 @@ TEST(Xyz, BrokenCorpusFilesFailWithTheirExpectedMessage) {
                                 [](const std::string& path) { oxmesh::readXyz(path); });
 }
 
-TEST(Xyz, WriterOutputReadsBackExactly) {
+TEST(Xyz, WriterOutputReadsBackExactly)
+{
     const plytest::TempDir dir;
     oxmesh::MeshData small;
     small.positions = {1, 2, 3, 0.1f, -0.0f, 1e-7f};
@@ -92,9 +102,11 @@ TEST(Xyz, WriterOutputReadsBackExactly) {
         m.triangles = {0, 1, 2};  // not part of the format, dropped
         oxmesh::writeXyz(dir.file("r.xyz"), m);
         std::vector<float> calls;
-        const oxmesh::MeshData back = oxmesh::readXyz(dir.file("r.xyz"), [&](float f) { calls.push_back(f); });
+        const oxmesh::MeshData back =
+            oxmesh::readXyz(dir.file("r.xyz"), [&](float f) { calls.push_back(f); });
         ASSERT_EQ(m.positions.size(), back.positions.size());
-        EXPECT_EQ(0, std::memcmp(m.positions.data(), back.positions.data(), m.positions.size() * sizeof(float)));
+        EXPECT_EQ(0,
+                  std::memcmp(m.positions.data(), back.positions.data(), m.positions.size() * sizeof(float)));
         EXPECT_EQ(m.normals, back.normals);
         EXPECT_EQ(0u, back.triangleCount());
         EXPECT_LE(calls.size(), 101u);
@@ -104,7 +116,8 @@ TEST(Xyz, WriterOutputReadsBackExactly) {
     EXPECT_EQ((std::vector<std::string>{"r.xyz", "s.xyz"}), dir.entries());
 }
 
-TEST(Xyz, RandomCorruptionGivesCleanErrorsOnly) {
+TEST(Xyz, RandomCorruptionGivesCleanErrorsOnly)
+{
     std::mt19937 rng(4321);
     const std::string valid = "# cloud\n1 2 3 0 0 1\n-4.5,5e-3,600,1,0,0\n\n0.25 -0 7 0 1 0\r\n";
     std::size_t failures = 0, reads = 0;

@@ -25,13 +25,16 @@ constexpr int kBadInput = 1;
 constexpr int kUsage = 2;
 
 /// Prints "oxmesh: <message>" as exactly one line on stderr.
-void reportError(std::string message) {
+void reportError(std::string message)
+{
     for (char& c : message)
-        if (c == '\n' || c == '\r') c = ' ';
+        if (c == '\n' || c == '\r')
+            c = ' ';
     std::fprintf(stderr, "oxmesh: %s\n", message.c_str());
 }
 
-int runCommand(oxmesh::Command& command) {
+int runCommand(oxmesh::Command& command)
+{
     try {
         return command.run();
     } catch (const oxmesh::InputError& error) {
@@ -48,7 +51,8 @@ int runCommand(oxmesh::Command& command) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv)
+{
     CLI::App app{"Inspect and convert meshes and point clouds.", "oxmesh"};
     oxmesh::GlobalOptions global;
     app.add_flag("-q,--quiet", global.quiet, "No progress bar and no summary lines");
@@ -76,7 +80,8 @@ int main(int argc, char** argv) {
     }
 
     for (const auto& command : commands)
-        if (command->selected()) return runCommand(*command);
+        if (command->selected())
+            return runCommand(*command);
 
     std::fputs(app.help().c_str(), stderr);
     return kUsage;

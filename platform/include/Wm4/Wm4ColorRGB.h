@@ -3,14 +3,12 @@
 
 #include "Wm4/Wm4TupleBase.h"
 
-namespace Wm4
-{
+namespace Wm4 {
 
 /// Component-wise colour operations on top of TupleBase: per-channel product
 /// and clamping into [0, 1]. Empty; Derived holds `float m_afTuple[N]`.
 template <typename Derived, int N>
-class ColorBase : public TupleBase<Derived, float, N>
-{
+class ColorBase : public TupleBase<Derived, float, N> {
     using Base = TupleBase<Derived, float, N>;
 
 public:
@@ -29,8 +27,7 @@ public:
     /// Clamps every channel into [0, 1] (NaN becomes 0).
     void Clamp()
     {
-        for (int i = 0; i < N; ++i)
-        {
+        for (int i = 0; i < N; ++i) {
             float& rfC = Base::Data()[i];
             rfC = rfC > 1.0f ? 1.0f : (rfC >= 0.0f ? rfC : 0.0f);
         }
@@ -38,8 +35,7 @@ public:
 };
 
 /// RGB colour: exactly three floats (r, g, b), default black.
-class ColorRGB : public ColorBase<ColorRGB, 3>
-{
+class ColorRGB : public ColorBase<ColorRGB, 3> {
 public:
     constexpr ColorRGB() : m_afTuple{0.0f, 0.0f, 0.0f} {}
     constexpr ColorRGB(float fR, float fG, float fB) : m_afTuple{fR, fG, fB} {}
@@ -66,8 +62,7 @@ inline constexpr ColorRGB ColorRGB::BLACK{0.0f, 0.0f, 0.0f};
 inline constexpr ColorRGB ColorRGB::WHITE{1.0f, 1.0f, 1.0f};
 
 /// RGBA colour: exactly four floats (r, g, b, a), default transparent black.
-class ColorRGBA : public ColorBase<ColorRGBA, 4>
-{
+class ColorRGBA : public ColorBase<ColorRGBA, 4> {
 public:
     constexpr ColorRGBA() : m_afTuple{0.0f, 0.0f, 0.0f, 0.0f} {}
     constexpr ColorRGBA(float fR, float fG, float fB, float fA) : m_afTuple{fR, fG, fB, fA} {}
@@ -98,4 +93,4 @@ inline constexpr ColorRGBA ColorRGBA::WHITE{1.0f, 1.0f, 1.0f, 1.0f};
 static_assert(sizeof(ColorRGB) == 3 * sizeof(float), "ColorRGB must be three packed floats");
 static_assert(sizeof(ColorRGBA) == 4 * sizeof(float), "ColorRGBA must be four packed floats");
 
-} // namespace Wm4
+}  // namespace Wm4

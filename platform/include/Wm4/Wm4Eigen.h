@@ -8,8 +8,7 @@
 #include "Wm4/Wm4Matrix3.h"
 #include "Wm4/Wm4Vector3.h"
 
-namespace Wm4
-{
+namespace Wm4 {
 
 /// Eigen-solver for real symmetric n x n matrices (Real = float or double;
 /// the work is done in double precision). Usage: construct, set entries with
@@ -28,8 +27,7 @@ namespace Wm4
 /// If the matrix holds non-finite entries or the iteration fails, the
 /// eigenvalues are 0, the eigenvectors the identity and Converged() is false.
 template <typename Real>
-class Eigen
-{
+class Eigen {
 public:
     /// Solver for an iSize x iSize zero matrix (iSize >= 1).
     explicit Eigen(int iSize);
@@ -95,4 +93,4 @@ extern template class Eigen<double>;
 typedef Eigen<float> Eigenf;
 typedef Eigen<double> Eigend;
 
-} // namespace Wm4
+}  // namespace Wm4

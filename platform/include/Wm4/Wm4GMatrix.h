@@ -5,25 +5,21 @@
 
 #include "Wm4/Wm4GVector.h"
 
-namespace Wm4
-{
+namespace Wm4 {
 
 /// Dense rows x columns matrix stored row-major in one contiguous block
 /// (entry (r, c) at r * columns + c); entries zero-initialised.
 template <typename Real>
-class GMatrix
-{
+class GMatrix {
 public:
     /// iRows x iCols zero matrix (both >= 0).
     GMatrix(int iRows = 0, int iCols = 0)
         : m_iRows(iRows), m_iCols(iCols), m_kEntry(static_cast<size_t>(iRows) * iCols, Real(0))
-    {
-    }
+    {}
     /// Matrix holding a copy of iRows * iCols row-major values.
     GMatrix(int iRows, int iCols, const Real* afEntry)
         : m_iRows(iRows), m_iCols(iCols), m_kEntry(afEntry, afEntry + static_cast<size_t>(iRows) * iCols)
-    {
-    }
+    {}
 
     /// Resizes to iRows x iCols, all entries set to zero.
     void SetSize(int iRows, int iCols)
@@ -88,8 +84,7 @@ public:
     {
         GMatrix kProd(m_iRows, rkM.m_iCols);
         for (int r = 0; r < m_iRows; ++r)
-            for (int k = 0; k < m_iCols; ++k)
-            {
+            for (int k = 0; k < m_iCols; ++k) {
                 const Real fA = (*this)(r, k);
                 for (int c = 0; c < rkM.m_iCols; ++c)
                     kProd(r, c) += fA * rkM(k, c);
@@ -101,8 +96,7 @@ public:
     GVector<Real> operator*(const GVector<Real>& rkV) const
     {
         GVector<Real> kProd(m_iRows);
-        for (int r = 0; r < m_iRows; ++r)
-        {
+        for (int r = 0; r < m_iRows; ++r) {
             Real fSum = Real(0);
             for (int c = 0; c < m_iCols; ++c)
                 fSum += (*this)(r, c) * rkV[c];
@@ -125,4 +119,4 @@ private:
 typedef GMatrix<float> GMatrixf;
 typedef GMatrix<double> GMatrixd;
 
-} // namespace Wm4
+}  // namespace Wm4

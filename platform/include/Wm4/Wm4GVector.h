@@ -4,13 +4,11 @@
 #include <cmath>
 #include <vector>
 
-namespace Wm4
-{
+namespace Wm4 {
 
 /// Dense vector whose size is chosen at run time; entries zero-initialised.
 template <typename Real>
-class GVector
-{
+class GVector {
 public:
     /// Vector of iSize zeros (iSize >= 0).
     explicit GVector(int iSize = 0) : m_kTuple(static_cast<size_t>(iSize), Real(0)) {}
@@ -69,4 +67,4 @@ private:
 typedef GVector<float> GVectorf;
 typedef GVector<double> GVectord;
 
-} // namespace Wm4
+}  // namespace Wm4

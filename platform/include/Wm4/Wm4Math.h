@@ -5,23 +5,20 @@
 #include <limits>
 #include <type_traits>
 
-namespace Wm4
-{
+namespace Wm4 {
 
 /// Scalar helpers for Real = float or double. All members are static; the
 /// constants are constexpr (implicitly inline in C++17), so they can be bound
 /// to references and have their address taken without a separate definition.
 template <typename Real>
-class Math
-{
+class Math {
     static_assert(std::is_floating_point<Real>::value, "Math<Real> needs a floating-point Real");
 
 public:
     /// Largest finite value: the library's "infinite" distance and cost.
     static constexpr Real MAX_REAL = std::numeric_limits<Real>::max();
     /// Absolute tolerance of degenerate tests: 1e-06 for float, 1e-08 for double.
-    static constexpr Real ZERO_TOLERANCE =
-        std::is_same<Real, float>::value ? Real(1e-06) : Real(1e-08);
+    static constexpr Real ZERO_TOLERANCE = std::is_same<Real, float>::value ? Real(1e-06) : Real(1e-08);
     static constexpr Real PI = Real(3.14159265358979323846264338327950288);
     static constexpr Real TWO_PI = Real(2) * PI;
     static constexpr Real HALF_PI = Real(0.5) * PI;
@@ -68,4 +65,4 @@ private:
 typedef Math<float> Mathf;
 typedef Math<double> Mathd;
 
-} // namespace Wm4
+}  // namespace Wm4

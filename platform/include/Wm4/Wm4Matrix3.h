@@ -4,14 +4,12 @@
 #include "Wm4/Wm4MatrixBase.h"
 #include "Wm4/Wm4Vector3.h"
 
-namespace Wm4
-{
+namespace Wm4 {
 
 /// 3x3 matrix stored row-major as `Real m_afEntry[9]`; vectors are columns
 /// (M * v). Shared arithmetic, products and transposes come from MatrixBase.
 template <typename Real>
-class Matrix3 : public MatrixBase<Matrix3<Real>, Real, 3, Vector3<Real>>
-{
+class Matrix3 : public MatrixBase<Matrix3<Real>, Real, 3, Vector3<Real>> {
     using Base = MatrixBase<Matrix3<Real>, Real, 3, Vector3<Real>>;
 
 public:
@@ -22,11 +20,10 @@ public:
             m_afEntry[0] = m_afEntry[4] = m_afEntry[8] = Real(1);
     }
     /// From all entries, row by row.
-    constexpr Matrix3(Real fM00, Real fM01, Real fM02, Real fM10, Real fM11, Real fM12, Real fM20,
-                      Real fM21, Real fM22)
+    constexpr Matrix3(Real fM00, Real fM01, Real fM02, Real fM10, Real fM11, Real fM12, Real fM20, Real fM21,
+                      Real fM22)
         : m_afEntry{fM00, fM01, fM02, fM10, fM11, fM12, fM20, fM21, fM22}
-    {
-    }
+    {}
     /// From 9 contiguous entries in row-major order (precondition: non-null).
     explicit Matrix3(const Real* afEntry)
     {
@@ -36,8 +33,7 @@ public:
     /// Diagonal matrix diag(d0, d1, d2).
     constexpr Matrix3(Real fD0, Real fD1, Real fD2)
         : m_afEntry{fD0, Real(0), Real(0), Real(0), fD1, Real(0), Real(0), Real(0), fD2}
-    {
-    }
+    {}
     constexpr Matrix3(const Matrix3&) = default;
     Matrix3& operator=(const Matrix3&) = default;
 
@@ -96,10 +92,12 @@ private:
     Real m_afEntry[9];
 };
 
-template <typename Real> const Matrix3<Real> Matrix3<Real>::ZERO(true);
-template <typename Real> const Matrix3<Real> Matrix3<Real>::IDENTITY(false);
+template <typename Real>
+const Matrix3<Real> Matrix3<Real>::ZERO(true);
+template <typename Real>
+const Matrix3<Real> Matrix3<Real>::IDENTITY(false);
 
 typedef Matrix3<float> Matrix3f;
 typedef Matrix3<double> Matrix3d;
 
-} // namespace Wm4
+}  // namespace Wm4

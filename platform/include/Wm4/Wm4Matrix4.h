@@ -6,15 +6,13 @@
 #include "Wm4/Wm4Vector3.h"
 #include "Wm4/Wm4Vector4.h"
 
-namespace Wm4
-{
+namespace Wm4 {
 
 /// 4x4 matrix stored row-major as `Real m_afEntry[16]`; vectors are columns
 /// (M * v), so an affine transform has its translation in the last column.
 /// Shared arithmetic, products and transposes come from MatrixBase.
 template <typename Real>
-class Matrix4 : public MatrixBase<Matrix4<Real>, Real, 4, Vector4<Real>>
-{
+class Matrix4 : public MatrixBase<Matrix4<Real>, Real, 4, Vector4<Real>> {
     using Base = MatrixBase<Matrix4<Real>, Real, 4, Vector4<Real>>;
 
 public:
@@ -25,13 +23,11 @@ public:
             m_afEntry[0] = m_afEntry[5] = m_afEntry[10] = m_afEntry[15] = Real(1);
     }
     /// From all entries, row by row.
-    constexpr Matrix4(Real fM00, Real fM01, Real fM02, Real fM03, Real fM10, Real fM11, Real fM12,
-                      Real fM13, Real fM20, Real fM21, Real fM22, Real fM23, Real fM30, Real fM31,
-                      Real fM32, Real fM33)
+    constexpr Matrix4(Real fM00, Real fM01, Real fM02, Real fM03, Real fM10, Real fM11, Real fM12, Real fM13,
+                      Real fM20, Real fM21, Real fM22, Real fM23, Real fM30, Real fM31, Real fM32, Real fM33)
         : m_afEntry{fM00, fM01, fM02, fM03, fM10, fM11, fM12, fM13,
                     fM20, fM21, fM22, fM23, fM30, fM31, fM32, fM33}
-    {
-    }
+    {}
     /// From 16 contiguous entries in row-major order (precondition: non-null).
     explicit Matrix4(const Real* afEntry)
     {
@@ -64,10 +60,7 @@ public:
                 m_afEntry[4 * r + c] = rkM(r, c);
     }
     /// First three entries of the last column (the translation).
-    Vector3<Real> GetTranslation() const
-    {
-        return Vector3<Real>(m_afEntry[3], m_afEntry[7], m_afEntry[11]);
-    }
+    Vector3<Real> GetTranslation() const { return Vector3<Real>(m_afEntry[3], m_afEntry[7], m_afEntry[11]); }
     void SetTranslation(const Vector3<Real>& rkT)
     {
         m_afEntry[3] = rkT.X();
@@ -146,17 +139,19 @@ private:
     // Determinant from the complementary minors.
     static Real Combine(const Real afA[6], const Real afB[6])
     {
-        return afA[0] * afB[5] - afA[1] * afB[4] + afA[2] * afB[3] + afA[3] * afB[2] -
-               afA[4] * afB[1] + afA[5] * afB[0];
+        return afA[0] * afB[5] - afA[1] * afB[4] + afA[2] * afB[3] + afA[3] * afB[2] - afA[4] * afB[1] +
+               afA[5] * afB[0];
     }
 
     Real m_afEntry[16];
 };
 
-template <typename Real> const Matrix4<Real> Matrix4<Real>::ZERO(true);
-template <typename Real> const Matrix4<Real> Matrix4<Real>::IDENTITY(false);
+template <typename Real>
+const Matrix4<Real> Matrix4<Real>::ZERO(true);
+template <typename Real>
+const Matrix4<Real> Matrix4<Real>::IDENTITY(false);
 
 typedef Matrix4<float> Matrix4f;
 typedef Matrix4<double> Matrix4d;
 
-} // namespace Wm4
+}  // namespace Wm4

@@ -5,8 +5,7 @@
 
 #include "Wm4/Wm4Math.h"
 
-namespace Wm4
-{
+namespace Wm4 {
 
 /// Base of the square row-major matrices, written once through CRTP.
 /// Derived holds the only data member, `Real m_afEntry[N * N]` (entry (r, c)
@@ -14,8 +13,7 @@ namespace Wm4
 /// this base a friend. Vec is the matching N-component vector type.
 /// Vectors are columns: M * v transforms v, v * M is the row-vector product.
 template <typename Derived, typename Real, int N, typename Vec>
-class MatrixBase
-{
+class MatrixBase {
 public:
     /// Entry at (row, column); no bounds check.
     Real& operator()(int iRow, int iCol) { return Data()[iRow * N + iCol]; }
@@ -108,8 +106,7 @@ public:
     {
         Derived kProd(true);
         for (int r = 0; r < N; ++r)
-            for (int c = 0; c < N; ++c)
-            {
+            for (int c = 0; c < N; ++c) {
                 Real fSum = Real(0);
                 for (int k = 0; k < N; ++k)
                     fSum += (*this)(r, k) * rkM(k, c);
@@ -122,8 +119,7 @@ public:
     Vec operator*(const Vec& rkV) const
     {
         Vec kProd;
-        for (int r = 0; r < N; ++r)
-        {
+        for (int r = 0; r < N; ++r) {
             Real fSum = Real(0);
             for (int c = 0; c < N; ++c)
                 fSum += (*this)(r, c) * rkV[c];
@@ -136,8 +132,7 @@ public:
     friend Vec operator*(const Vec& rkV, const Derived& rkM)
     {
         Vec kProd;
-        for (int c = 0; c < N; ++c)
-        {
+        for (int c = 0; c < N; ++c) {
             Real fSum = Real(0);
             for (int r = 0; r < N; ++r)
                 fSum += rkV[r] * rkM(r, c);
@@ -163,8 +158,7 @@ public:
     {
         Derived kProd(true);
         for (int r = 0; r < N; ++r)
-            for (int c = 0; c < N; ++c)
-            {
+            for (int c = 0; c < N; ++c) {
                 Real fSum = Real(0);
                 for (int k = 0; k < N; ++k)
                     fSum += (*this)(k, r) * rkM(k, c);
@@ -177,8 +171,7 @@ public:
     {
         Derived kProd(true);
         for (int r = 0; r < N; ++r)
-            for (int c = 0; c < N; ++c)
-            {
+            for (int c = 0; c < N; ++c) {
                 Real fSum = Real(0);
                 for (int k = 0; k < N; ++k)
                     fSum += (*this)(r, k) * rkM(c, k);
@@ -207,8 +200,8 @@ protected:
         Real fRowProduct = Real(1);
         for (int r = 0; r < N; ++r)
             fRowProduct *= GetRow(r).Length();
-        const bool bSingular = !(std::fabs(fDet) > Math<Real>::ZERO_TOLERANCE * fRowProduct) ||
-                               !std::isfinite(fDet);
+        const bool bSingular =
+            !(std::fabs(fDet) > Math<Real>::ZERO_TOLERANCE * fRowProduct) || !std::isfinite(fDet);
         if (bSingular)
             return Derived(true);
         kAdjugate /= fDet;
@@ -219,4 +212,4 @@ protected:
     }
 };
 
-} // namespace Wm4
+}  // namespace Wm4

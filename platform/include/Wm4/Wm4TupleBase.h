@@ -3,8 +3,7 @@
 
 #include <type_traits>
 
-namespace Wm4
-{
+namespace Wm4 {
 
 /// Base of the fixed-size tuple types (Vector2/3/4, ColorRGB/RGBA), written
 /// once through CRTP. The base is empty: the derived class holds the only data
@@ -12,16 +11,21 @@ namespace Wm4
 /// sizeof == N * sizeof(Real) and can alias interleaved arrays of Real.
 /// The derived class must declare this base a friend.
 template <typename Derived, typename Real, int N>
-class TupleBase
-{
+class TupleBase {
 public:
     /// Component i (0 <= i < N; unchecked). Templated on the index type so
     /// that any integral index picks this operator rather than the built-in
     /// subscript through a pointer conversion of a derived vector.
     template <typename Index, typename std::enable_if<std::is_integral<Index>::value, int>::type = 0>
-    Real& operator[](Index i) { return Data()[i]; }
+    Real& operator[](Index i)
+    {
+        return Data()[i];
+    }
     template <typename Index, typename std::enable_if<std::is_integral<Index>::value, int>::type = 0>
-    Real operator[](Index i) const { return Data()[i]; }
+    Real operator[](Index i) const
+    {
+        return Data()[i];
+    }
 
     /// Component-wise equality of the values (so 0 == -0 and NaN != NaN).
     bool operator==(const Derived& rkT) const
@@ -37,8 +41,7 @@ public:
     /// NaN-free tuples), so tuples can be keys of std::map / std::set.
     bool operator<(const Derived& rkT) const
     {
-        for (int i = 0; i < N; ++i)
-        {
+        for (int i = 0; i < N; ++i) {
             if (Data()[i] < rkT.m_afTuple[i])
                 return true;
             if (rkT.m_afTuple[i] < Data()[i])
@@ -98,4 +101,4 @@ protected:
     const Real* Data() const { return Self().m_afTuple; }
 };
 
-} // namespace Wm4
+}  // namespace Wm4

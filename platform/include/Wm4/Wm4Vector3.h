@@ -3,15 +3,13 @@
 
 #include "Wm4/Wm4VectorBase.h"
 
-namespace Wm4
-{
+namespace Wm4 {
 
 /// Three-component vector. Storage is exactly `Real m_afTuple[3]` (x, y, z),
 /// so vertex buffers can view interleaved float records as Vector3<float>.
 /// Arithmetic, comparisons, Dot/Length/Normalize come from VectorBase.
 template <typename Real>
-class Vector3 : public VectorBase<Vector3<Real>, Real, 3>
-{
+class Vector3 : public VectorBase<Vector3<Real>, Real, 3> {
 public:
     /// Zero vector.
     constexpr Vector3() : m_afTuple{Real(0), Real(0), Real(0)} {}
@@ -22,8 +20,7 @@ public:
     template <typename Other>
     explicit constexpr Vector3(const Vector3<Other>& rkV)
         : m_afTuple{Real(rkV.X()), Real(rkV.Y()), Real(rkV.Z())}
-    {
-    }
+    {}
     constexpr Vector3(const Vector3&) = default;
     Vector3& operator=(const Vector3&) = default;
 
@@ -63,11 +60,16 @@ private:
     Real m_afTuple[3];
 };
 
-template <typename Real> const Vector3<Real> Vector3<Real>::ZERO(Real(0), Real(0), Real(0));
-template <typename Real> const Vector3<Real> Vector3<Real>::UNIT_X(Real(1), Real(0), Real(0));
-template <typename Real> const Vector3<Real> Vector3<Real>::UNIT_Y(Real(0), Real(1), Real(0));
-template <typename Real> const Vector3<Real> Vector3<Real>::UNIT_Z(Real(0), Real(0), Real(1));
-template <typename Real> const Vector3<Real> Vector3<Real>::ONE(Real(1), Real(1), Real(1));
+template <typename Real>
+const Vector3<Real> Vector3<Real>::ZERO(Real(0), Real(0), Real(0));
+template <typename Real>
+const Vector3<Real> Vector3<Real>::UNIT_X(Real(1), Real(0), Real(0));
+template <typename Real>
+const Vector3<Real> Vector3<Real>::UNIT_Y(Real(0), Real(1), Real(0));
+template <typename Real>
+const Vector3<Real> Vector3<Real>::UNIT_Z(Real(0), Real(0), Real(1));
+template <typename Real>
+const Vector3<Real> Vector3<Real>::ONE(Real(1), Real(1), Real(1));
 
 typedef Vector3<float> Vector3f;
 typedef Vector3<double> Vector3d;
@@ -75,4 +77,4 @@ typedef Vector3<double> Vector3d;
 static_assert(sizeof(Vector3f) == 3 * sizeof(float), "Vector3f must be three packed floats");
 static_assert(sizeof(Vector3d) == 3 * sizeof(double), "Vector3d must be three packed doubles");
 
-} // namespace Wm4
+}  // namespace Wm4

@@ -3,29 +3,23 @@
 
 #include "Wm4/Wm4VectorBase.h"
 
-namespace Wm4
-{
+namespace Wm4 {
 
 /// Four-component vector. Storage is exactly `Real m_afTuple[4]` (x, y, z, w).
 /// Arithmetic, comparisons, Dot/Length/Normalize come from VectorBase.
 template <typename Real>
-class Vector4 : public VectorBase<Vector4<Real>, Real, 4>
-{
+class Vector4 : public VectorBase<Vector4<Real>, Real, 4> {
 public:
     /// Zero vector.
     constexpr Vector4() : m_afTuple{Real(0), Real(0), Real(0), Real(0)} {}
     constexpr Vector4(Real fX, Real fY, Real fZ, Real fW) : m_afTuple{fX, fY, fZ, fW} {}
     /// From four contiguous components (precondition: afTuple != nullptr).
-    explicit Vector4(const Real* afTuple)
-        : m_afTuple{afTuple[0], afTuple[1], afTuple[2], afTuple[3]}
-    {
-    }
+    explicit Vector4(const Real* afTuple) : m_afTuple{afTuple[0], afTuple[1], afTuple[2], afTuple[3]} {}
     /// Component-wise conversion from another precision.
     template <typename Other>
     explicit constexpr Vector4(const Vector4<Other>& rkV)
         : m_afTuple{Real(rkV.X()), Real(rkV.Y()), Real(rkV.Z()), Real(rkV.W())}
-    {
-    }
+    {}
     constexpr Vector4(const Vector4&) = default;
     Vector4& operator=(const Vector4&) = default;
 
@@ -70,4 +64,4 @@ typedef Vector4<double> Vector4d;
 static_assert(sizeof(Vector4f) == 4 * sizeof(float), "Vector4f must be four packed floats");
 static_assert(sizeof(Vector4d) == 4 * sizeof(double), "Vector4d must be four packed doubles");
 
-} // namespace Wm4
+}  // namespace Wm4

@@ -6,15 +6,13 @@
 #include "Wm4/Wm4Math.h"
 #include "Wm4/Wm4TupleBase.h"
 
-namespace Wm4
-{
+namespace Wm4 {
 
 /// Adds the Euclidean operations (dot product, length, normalisation) and the
 /// raw-pointer conversions to the component-wise tuple base. Empty, like
 /// TupleBase: the derived vector holds `Real m_afTuple[N]` only.
 template <typename Derived, typename Real, int N>
-class VectorBase : public TupleBase<Derived, Real, N>
-{
+class VectorBase : public TupleBase<Derived, Real, N> {
     using Base = TupleBase<Derived, Real, N>;
 
 public:
@@ -50,15 +48,13 @@ public:
         Real* afT = Base::Data();
         const Real fLength = Length();
         const Real fInvLength = Real(1) / fLength;
-        if (fLength > Real(0) && std::isfinite(fLength) && std::isfinite(fInvLength))
-        {
+        if (fLength > Real(0) && std::isfinite(fLength) && std::isfinite(fInvLength)) {
             for (int i = 0; i < N; ++i)
                 afT[i] *= fInvLength;
             return fLength;
         }
         const Real fMax = MaxMagnitude();
-        if (std::isinf(fLength) && std::isfinite(fMax))
-        {
+        if (std::isinf(fLength) && std::isfinite(fMax)) {
             for (int i = 0; i < N; ++i)
                 afT[i] /= fMax;
             const Real fScaledLength = Length();
@@ -82,4 +78,4 @@ private:
     }
 };
 
-} // namespace Wm4
+}  // namespace Wm4

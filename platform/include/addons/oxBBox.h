@@ -5,8 +5,7 @@
 #include "Wm4/Wm4Vector3.h"
 #include "Wm4/Wm4Vector4.h"
 
-namespace ox
-{
+namespace ox {
 
 /// Axis-aligned box of floats given by its minimum and maximum corners.
 ///
@@ -19,8 +18,7 @@ namespace ox
 /// intervals is non-empty": max(minA, minB) <= min(maxA, maxB). Hence an
 /// inverted box overlaps nothing, not even a box around it; callers rely on
 /// this to stop traversals by swapping such a box in.
-class oxBBox
-{
+class oxBBox {
 public:
     typedef Wm4::Vector3<float> Vector3;
     typedef Wm4::Vector4<float> Vector4;
@@ -112,4 +110,4 @@ private:
     Vector3 m_kMax;
 };
 
-} // namespace ox
+}  // namespace ox

@@ -105,4 +105,4 @@ private:
     int m_psize = 0;
 };
 
-} // namespace ox
+}  // namespace ox

@@ -132,12 +132,12 @@ private:
     bool fail();
 
     std::unique_ptr<std::FILE, FileCloser> m_file;
-    std::vector<unsigned char> m_buffer;   ///< owned bytes (memory write, or owned memory read)
-    const unsigned char* m_readData = nullptr; ///< bytes of a memory read stream
+    std::vector<unsigned char> m_buffer;        ///< owned bytes (memory write, or owned memory read)
+    const unsigned char* m_readData = nullptr;  ///< bytes of a memory read stream
     std::size_t m_readSize = 0;
     std::size_t m_position = 0;
     bool m_reading = true;
     bool m_good = false;
 };
 
-} // namespace ox
+}  // namespace ox

@@ -81,4 +81,4 @@ private:
     std::vector<PrimitiveSet> m_sets;
 };
 
-} // namespace ox
+}  // namespace ox

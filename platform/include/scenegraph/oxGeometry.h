@@ -36,4 +36,4 @@ public:
     static oxObject* Factory(oxBaseStream& stream);
 };
 
-} // namespace ox
+}  // namespace ox

@@ -61,4 +61,4 @@ private:
     std::string m_name;
 };
 
-} // namespace ox
+}  // namespace ox

@@ -14,4 +14,4 @@ struct oxImageIOManager {
     static bool saveImage(const oxImage& image, const std::string& path);
 };
 
-} // namespace ox
+}  // namespace ox

@@ -59,4 +59,4 @@ private:
     std::vector<unsigned int> m_indices;
 };
 
-} // namespace ox
+}  // namespace ox

@@ -16,8 +16,8 @@ struct oxMeshManager {
     /// (quads split), or a node whose meshes are merged in world space without welding.
     /// `progress` (may be null) receives 0 then 1; `options` is reserved (pass 0).
     /// Returns false for a null or unsupported object, or an I/O failure.
-    static bool saveMesh(const oxObject* object, const std::string& path, oxProgressNotifierInterface* progress,
-                         unsigned int options);
+    static bool saveMesh(const oxObject* object, const std::string& path,
+                         oxProgressNotifierInterface* progress, unsigned int options);
 };
 
-} // namespace ox
+}  // namespace ox

@@ -32,4 +32,4 @@ struct oxMeshUtils {
     static oxPointer<oxSpatial> MergeTreeGeometries(oxSpatial* root, float tolerance);
 };
 
-} // namespace ox
+}  // namespace ox

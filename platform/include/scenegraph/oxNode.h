@@ -74,4 +74,4 @@ private:
     std::vector<oxPointer<oxSpatial>> m_children;
 };
 
-} // namespace ox
+}  // namespace ox

@@ -106,4 +106,4 @@ bool oxSaveObject(oxBaseStream& stream, const oxObject& object);
 /// null when the name has no registered factory or the stream is short or invalid.
 oxObject* oxLoadObject(oxBaseStream& stream);
 
-} // namespace ox
+}  // namespace ox

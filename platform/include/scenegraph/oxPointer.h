@@ -35,8 +35,7 @@ public:
     /// Moving conversion: takes over the reference held by `other`.
     template <class U, class = std::enable_if_t<std::is_convertible<U*, T*>::value>>
     oxPointer(oxPointer<U>&& other) noexcept : m_object(other.release())
-    {
-    }
+    {}
 
     ~oxPointer() { releaseHeld(); }
 
@@ -140,29 +139,62 @@ private:
 };
 
 template <class T, class U>
-bool operator==(const oxPointer<T>& a, const oxPointer<U>& b) { return a.get() == b.get(); }
+bool operator==(const oxPointer<T>& a, const oxPointer<U>& b)
+{
+    return a.get() == b.get();
+}
 template <class T, class U>
-bool operator!=(const oxPointer<T>& a, const oxPointer<U>& b) { return a.get() != b.get(); }
+bool operator!=(const oxPointer<T>& a, const oxPointer<U>& b)
+{
+    return a.get() != b.get();
+}
 template <class T, class U>
-bool operator==(const oxPointer<T>& a, const U* b) { return a.get() == b; }
+bool operator==(const oxPointer<T>& a, const U* b)
+{
+    return a.get() == b;
+}
 template <class T, class U>
-bool operator!=(const oxPointer<T>& a, const U* b) { return a.get() != b; }
+bool operator!=(const oxPointer<T>& a, const U* b)
+{
+    return a.get() != b;
+}
 template <class T, class U>
-bool operator==(const U* a, const oxPointer<T>& b) { return a == b.get(); }
+bool operator==(const U* a, const oxPointer<T>& b)
+{
+    return a == b.get();
+}
 template <class T, class U>
-bool operator!=(const U* a, const oxPointer<T>& b) { return a != b.get(); }
+bool operator!=(const U* a, const oxPointer<T>& b)
+{
+    return a != b.get();
+}
 template <class T>
-bool operator==(const oxPointer<T>& a, std::nullptr_t) { return a.get() == nullptr; }
+bool operator==(const oxPointer<T>& a, std::nullptr_t)
+{
+    return a.get() == nullptr;
+}
 template <class T>
-bool operator!=(const oxPointer<T>& a, std::nullptr_t) { return a.get() != nullptr; }
+bool operator!=(const oxPointer<T>& a, std::nullptr_t)
+{
+    return a.get() != nullptr;
+}
 template <class T>
-bool operator==(std::nullptr_t, const oxPointer<T>& b) { return b.get() == nullptr; }
+bool operator==(std::nullptr_t, const oxPointer<T>& b)
+{
+    return b.get() == nullptr;
+}
 template <class T>
-bool operator!=(std::nullptr_t, const oxPointer<T>& b) { return b.get() != nullptr; }
+bool operator!=(std::nullptr_t, const oxPointer<T>& b)
+{
+    return b.get() != nullptr;
+}
 template <class T, class U>
-bool operator<(const oxPointer<T>& a, const oxPointer<U>& b) { return std::less<const void*>()(a.get(), b.get()); }
+bool operator<(const oxPointer<T>& a, const oxPointer<U>& b)
+{
+    return std::less<const void*>()(a.get(), b.get());
+}
 
-} // namespace ox
+}  // namespace ox
 
 namespace std {
 /// Hash by address, so that oxPointer can key unordered containers.
@@ -170,4 +202,4 @@ template <class T>
 struct hash<ox::oxPointer<T>> {
     size_t operator()(const ox::oxPointer<T>& p) const noexcept { return hash<T*>()(p.get()); }
 };
-} // namespace std
+}  // namespace std

@@ -20,4 +20,4 @@ struct oxRendererInterface {
     static oxHardwareRendererInterface* GetHardwareRenderer();
 };
 
-} // namespace ox
+}  // namespace ox

@@ -83,4 +83,4 @@ const T* oxDynamicCast(const oxRttiInterface* object)
     return (object != nullptr && object->IsDerived(T::TYPE)) ? static_cast<const T*>(object) : nullptr;
 }
 
-} // namespace ox
+}  // namespace ox

@@ -11,4 +11,4 @@ void oxRegisterSceneGraphFactories();
 /// Removes the factories registered by oxRegisterSceneGraphFactories.
 void oxUnregisterSceneGraphFactories();
 
-} // namespace ox
+}  // namespace ox

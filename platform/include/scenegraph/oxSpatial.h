@@ -66,4 +66,4 @@ private:
     bool m_dirty = false;
 };
 
-} // namespace ox
+}  // namespace ox

@@ -16,7 +16,8 @@ namespace ox {
 class oxStandardMesh {
 public:
     /// A builder of meshes with layout `attributes`; `xfrm` (copied) may be null.
-    explicit oxStandardMesh(const oxAttributes& attributes, bool inside = false, const oxTransformation* xfrm = nullptr);
+    explicit oxStandardMesh(const oxAttributes& attributes, bool inside = false,
+                            const oxTransformation* xfrm = nullptr);
 
     /// A UV sphere of `radius` centred at the origin: `zSamples` rings of latitude counting the
     /// two poles (which are single vertices) and `radialSamples` vertices per ring, no seam
@@ -33,7 +34,8 @@ public:
 private:
     /// Builds the mesh from local positions/normals and outward counter-clockwise triangles:
     /// applies the orientation and the transform.
-    oxTriMesh* build(const std::vector<Wm4::Vector3<float>>& positions, const std::vector<Wm4::Vector3<float>>& normals,
+    oxTriMesh* build(const std::vector<Wm4::Vector3<float>>& positions,
+                     const std::vector<Wm4::Vector3<float>>& normals,
                      const std::vector<unsigned int>& triangles) const;
 
     oxAttributes m_attributes;
@@ -42,4 +44,4 @@ private:
     oxTransformation m_transform;
 };
 
-} // namespace ox
+}  // namespace ox

@@ -79,4 +79,4 @@ private:
 /// a * b: the transform that applies b, then a.
 oxTransformation operator*(const oxTransformation& a, const oxTransformation& b);
 
-} // namespace ox
+}  // namespace ox

@@ -30,4 +30,4 @@ public:
     static oxObject* Factory(oxBaseStream& stream);
 };
 
-} // namespace ox
+}  // namespace ox

@@ -66,4 +66,4 @@ private:
     oxPointer<oxIndexBuffer> m_indexBuffer;
 };
 
-} // namespace ox
+}  // namespace ox

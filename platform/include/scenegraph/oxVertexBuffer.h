@@ -53,23 +53,85 @@ public:
 
     // Per-vertex accessors. Each asserts in debug builds that the index is in range and that the
     // channel exists with at least as many floats as the returned type.
-    Wm4::Vector3<float>& Position3(int i) { return channel<Wm4::Vector3<float>>(m_attributes.GetPositionOffset(), m_attributes.GetPositionChannels(), i); }
-    const Wm4::Vector3<float>& Position3(int i) const { return channel<Wm4::Vector3<float>>(m_attributes.GetPositionOffset(), m_attributes.GetPositionChannels(), i); }
-    Wm4::Vector3<float>& Normal3(int i) { return channel<Wm4::Vector3<float>>(m_attributes.GetNormalOffset(), m_attributes.GetNormalChannels(), i); }
-    const Wm4::Vector3<float>& Normal3(int i) const { return channel<Wm4::Vector3<float>>(m_attributes.GetNormalOffset(), m_attributes.GetNormalChannels(), i); }
+    Wm4::Vector3<float>& Position3(int i)
+    {
+        return channel<Wm4::Vector3<float>>(m_attributes.GetPositionOffset(),
+                                            m_attributes.GetPositionChannels(), i);
+    }
+    const Wm4::Vector3<float>& Position3(int i) const
+    {
+        return channel<Wm4::Vector3<float>>(m_attributes.GetPositionOffset(),
+                                            m_attributes.GetPositionChannels(), i);
+    }
+    Wm4::Vector3<float>& Normal3(int i)
+    {
+        return channel<Wm4::Vector3<float>>(m_attributes.GetNormalOffset(), m_attributes.GetNormalChannels(),
+                                            i);
+    }
+    const Wm4::Vector3<float>& Normal3(int i) const
+    {
+        return channel<Wm4::Vector3<float>>(m_attributes.GetNormalOffset(), m_attributes.GetNormalChannels(),
+                                            i);
+    }
     /// Colour of `unit` (the unit comes first) at vertex `i`: the first three channels.
-    Wm4::ColorRGB& Color3(int unit, int i) { return channel<Wm4::ColorRGB>(m_attributes.GetColorOffset(unit), m_attributes.GetColorChannels(unit), i); }
-    const Wm4::ColorRGB& Color3(int unit, int i) const { return channel<Wm4::ColorRGB>(m_attributes.GetColorOffset(unit), m_attributes.GetColorChannels(unit), i); }
-    Wm4::ColorRGBA& Color4(int unit, int i) { return channel<Wm4::ColorRGBA>(m_attributes.GetColorOffset(unit), m_attributes.GetColorChannels(unit), i); }
-    const Wm4::ColorRGBA& Color4(int unit, int i) const { return channel<Wm4::ColorRGBA>(m_attributes.GetColorOffset(unit), m_attributes.GetColorChannels(unit), i); }
-    Wm4::Vector2<float>& TCoord2(int unit, int i) { return channel<Wm4::Vector2<float>>(m_attributes.GetTCoordOffset(unit), m_attributes.GetTCoordChannels(unit), i); }
-    const Wm4::Vector2<float>& TCoord2(int unit, int i) const { return channel<Wm4::Vector2<float>>(m_attributes.GetTCoordOffset(unit), m_attributes.GetTCoordChannels(unit), i); }
-    Wm4::Vector3<float>& TCoord3(int unit, int i) { return channel<Wm4::Vector3<float>>(m_attributes.GetTCoordOffset(unit), m_attributes.GetTCoordChannels(unit), i); }
-    const Wm4::Vector3<float>& TCoord3(int unit, int i) const { return channel<Wm4::Vector3<float>>(m_attributes.GetTCoordOffset(unit), m_attributes.GetTCoordChannels(unit), i); }
-    Wm4::Vector3<float>& Tangent3(int i) { return channel<Wm4::Vector3<float>>(m_attributes.GetTangentOffset(), m_attributes.GetTangentChannels(), i); }
-    const Wm4::Vector3<float>& Tangent3(int i) const { return channel<Wm4::Vector3<float>>(m_attributes.GetTangentOffset(), m_attributes.GetTangentChannels(), i); }
-    float& PSize1(int i) { return channel<float>(m_attributes.GetPSizeOffset(), m_attributes.GetPSizeChannels(), i); }
-    float PSize1(int i) const { return channel<float>(m_attributes.GetPSizeOffset(), m_attributes.GetPSizeChannels(), i); }
+    Wm4::ColorRGB& Color3(int unit, int i)
+    {
+        return channel<Wm4::ColorRGB>(m_attributes.GetColorOffset(unit), m_attributes.GetColorChannels(unit),
+                                      i);
+    }
+    const Wm4::ColorRGB& Color3(int unit, int i) const
+    {
+        return channel<Wm4::ColorRGB>(m_attributes.GetColorOffset(unit), m_attributes.GetColorChannels(unit),
+                                      i);
+    }
+    Wm4::ColorRGBA& Color4(int unit, int i)
+    {
+        return channel<Wm4::ColorRGBA>(m_attributes.GetColorOffset(unit), m_attributes.GetColorChannels(unit),
+                                       i);
+    }
+    const Wm4::ColorRGBA& Color4(int unit, int i) const
+    {
+        return channel<Wm4::ColorRGBA>(m_attributes.GetColorOffset(unit), m_attributes.GetColorChannels(unit),
+                                       i);
+    }
+    Wm4::Vector2<float>& TCoord2(int unit, int i)
+    {
+        return channel<Wm4::Vector2<float>>(m_attributes.GetTCoordOffset(unit),
+                                            m_attributes.GetTCoordChannels(unit), i);
+    }
+    const Wm4::Vector2<float>& TCoord2(int unit, int i) const
+    {
+        return channel<Wm4::Vector2<float>>(m_attributes.GetTCoordOffset(unit),
+                                            m_attributes.GetTCoordChannels(unit), i);
+    }
+    Wm4::Vector3<float>& TCoord3(int unit, int i)
+    {
+        return channel<Wm4::Vector3<float>>(m_attributes.GetTCoordOffset(unit),
+                                            m_attributes.GetTCoordChannels(unit), i);
+    }
+    const Wm4::Vector3<float>& TCoord3(int unit, int i) const
+    {
+        return channel<Wm4::Vector3<float>>(m_attributes.GetTCoordOffset(unit),
+                                            m_attributes.GetTCoordChannels(unit), i);
+    }
+    Wm4::Vector3<float>& Tangent3(int i)
+    {
+        return channel<Wm4::Vector3<float>>(m_attributes.GetTangentOffset(),
+                                            m_attributes.GetTangentChannels(), i);
+    }
+    const Wm4::Vector3<float>& Tangent3(int i) const
+    {
+        return channel<Wm4::Vector3<float>>(m_attributes.GetTangentOffset(),
+                                            m_attributes.GetTangentChannels(), i);
+    }
+    float& PSize1(int i)
+    {
+        return channel<float>(m_attributes.GetPSizeOffset(), m_attributes.GetPSizeChannels(), i);
+    }
+    float PSize1(int i) const
+    {
+        return channel<float>(m_attributes.GetPSizeOffset(), m_attributes.GetPSizeChannels(), i);
+    }
 
     /// Reads layout, count and records. Returns false (buffer unchanged) on a short or invalid
     /// stream.
@@ -113,4 +175,4 @@ private:
     std::vector<float> m_data;
 };
 
-} // namespace ox
+}  // namespace ox

@@ -3,17 +3,14 @@
 
 #include <atomic>
 
-namespace ox
-{
-namespace impl
-{
+namespace ox {
+namespace impl {
 
 /// Counts nested initialise / terminate calls of one library, so the real
 /// set-up runs on the first initialisation and the tear-down on the last
 /// termination. Lock-free: concurrent callers see exactly one "first" and
 /// exactly one "last" per 0 -> n -> 0 cycle.
-class LibInitCounter
-{
+class LibInitCounter {
 public:
     /// szName: the library's name (borrowed, must outlive the counter);
     /// bFlag: a caller-defined flag kept with the counter (getFlag()).
@@ -37,5 +34,5 @@ private:
     std::atomic<unsigned int> m_uiCount;
 };
 
-} // namespace impl
-} // namespace ox
+}  // namespace impl
+}  // namespace ox

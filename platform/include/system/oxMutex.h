@@ -3,12 +3,10 @@
 
 #include <mutex>
 
-namespace ox
-{
+namespace ox {
 
 /// Non-recursive mutex over std::mutex; not copyable or movable.
-class oxMutex
-{
+class oxMutex {
 public:
     oxMutex() = default;
     oxMutex(const oxMutex&) = delete;
@@ -28,8 +26,7 @@ private:
 
 /// Holds an oxMutex for its lifetime: locks in the constructor, unlocks in
 /// the destructor.
-class oxScopedLock
-{
+class oxScopedLock {
 public:
     explicit oxScopedLock(oxMutex& rkMutex) : m_rkMutex(rkMutex) { m_rkMutex.lock(); }
     ~oxScopedLock() { m_rkMutex.unlock(); }
@@ -40,4 +37,4 @@ private:
     oxMutex& m_rkMutex;
 };
 
-} // namespace ox
+}  // namespace ox

@@ -3,15 +3,13 @@
 
 #include "system/oxProgressNotifierInterface.h"
 
-namespace ox
-{
+namespace ox {
 
 /// Base class of objects that report progress: keeps the current progress
 /// value and forwards every change to the notifier, when one is set.
 /// The notifier is borrowed, not owned. Copies share the notifier pointer
 /// and take the value.
-class oxProgressMonitorable
-{
+class oxProgressMonitorable {
 public:
     oxProgressMonitorable() = default;
     oxProgressMonitorable(const oxProgressMonitorable&) = default;
@@ -35,4 +33,4 @@ private:
     float m_fValue = 0.0f;
 };
 
-} // namespace ox
+}  // namespace ox

@@ -1,13 +1,11 @@
 // Receiver of progress values, implemented by the host application.
 #pragma once
 
-namespace ox
-{
+namespace ox {
 
 /// Abstract receiver of progress reports. Operations that take a pointer to
 /// it accept null (no reporting).
-class oxProgressNotifierInterface
-{
+class oxProgressNotifierInterface {
 public:
     virtual ~oxProgressNotifierInterface();
 
@@ -15,4 +13,4 @@ public:
     virtual void notifyProgress(float fValue) = 0;
 };
 
-} // namespace ox
+}  // namespace ox

@@ -3,14 +3,12 @@
 
 #include <chrono>
 
-namespace ox
-{
+namespace ox {
 
 /// Stopwatch: getElapsedMs() is the time from start() to the last
 /// snapTime(), or to now when snapTime() was not called since start().
 /// A timer constructed with bStart = false reports 0 until start().
-class oxTimer
-{
+class oxTimer {
 public:
     /// Starts the timer unless bStart is false.
     explicit oxTimer(bool bStart = true);
@@ -32,4 +30,4 @@ private:
     bool m_bSnapped;
 };
 
-} // namespace ox
+}  // namespace ox

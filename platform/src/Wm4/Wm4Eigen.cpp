@@ -7,11 +7,9 @@
 
 #include <Eigen/Dense>
 
-namespace Wm4
-{
+namespace Wm4 {
 
-namespace
-{
+namespace {
 
 using DenseMatrix = ::Eigen::Matrix<double, ::Eigen::Dynamic, ::Eigen::Dynamic>;
 
@@ -20,8 +18,7 @@ using DenseMatrix = ::Eigen::Matrix<double, ::Eigen::Dynamic, ::Eigen::Dynamic>;
 void NormaliseSigns(DenseMatrix& rkVectors)
 {
     const ::Eigen::Index iSize = rkVectors.rows();
-    for (::Eigen::Index c = 0; c < iSize; ++c)
-    {
+    for (::Eigen::Index c = 0; c < iSize; ++c) {
         ::Eigen::Index iLargest = 0;
         for (::Eigen::Index r = 1; r < iSize; ++r)
             if (std::fabs(rkVectors(r, c)) > std::fabs(rkVectors(iLargest, c)))
@@ -33,7 +30,7 @@ void NormaliseSigns(DenseMatrix& rkVectors)
         rkVectors.col(0) = -rkVectors.col(0);
 }
 
-} // namespace
+}  // namespace
 
 template <typename Real>
 Eigen<Real>::Eigen(int iSize) : m_kMatrix(iSize, iSize), m_bConverged(true)
@@ -88,8 +85,7 @@ void Eigen<Real>::Solve(bool bDecreasing)
     DenseMatrix kA(iSize, iSize);
     bool bFinite = true;
     for (int r = 0; r < iSize; ++r)
-        for (int c = 0; c <= r; ++c)
-        {
+        for (int c = 0; c <= r; ++c) {
             kA(r, c) = static_cast<double>(m_kMatrix(r, c));
             bFinite = bFinite && std::isfinite(kA(r, c));
         }
@@ -108,15 +104,13 @@ void Eigen<Real>::Solve(bool bDecreasing)
     // Eigen 3 returns increasing eigenvalues; reverse the columns if asked.
     DenseMatrix kVectors = kSolver.eigenvectors();
     ::Eigen::VectorXd kValues = kSolver.eigenvalues();
-    if (bDecreasing)
-    {
+    if (bDecreasing) {
         kValues.reverseInPlace();
         kVectors.rowwise().reverseInPlace();
     }
     NormaliseSigns(kVectors);
 
-    for (int i = 0; i < iSize; ++i)
-    {
+    for (int i = 0; i < iSize; ++i) {
         m_kEigenvalues[static_cast<size_t>(i)] = static_cast<Real>(kValues(i));
         for (int r = 0; r < iSize; ++r)
             m_kEigenvectors(r, i) = static_cast<Real>(kVectors(r, i));
@@ -179,4 +173,4 @@ void Eigen<Real>::GetEigenvector(int i, Vector3<Real>& rkV) const
 template class Eigen<float>;
 template class Eigen<double>;
 
-} // namespace Wm4
+}  // namespace Wm4

@@ -4,11 +4,9 @@
 #include <algorithm>
 #include <cmath>
 
-namespace ox
-{
+namespace ox {
 
-namespace
-{
+namespace {
 
 // Component-wise minimum / maximum of two vectors.
 oxBBox::Vector3 MinOf(const oxBBox::Vector3& rkA, const oxBBox::Vector3& rkB)
@@ -24,8 +22,7 @@ oxBBox::Vector3 MaxOf(const oxBBox::Vector3& rkA, const oxBBox::Vector3& rkB)
 }
 
 // A point relative to the box centre, in double.
-struct Point3d
-{
+struct Point3d {
     double v[3];
 };
 
@@ -45,13 +42,12 @@ bool Separates(const double afAxis[3], const Point3d akVert[3], const double afH
     return fMin > fRadius || fMax < -fRadius;
 }
 
-} // namespace
+}  // namespace
 
 oxBBox::oxBBox()
     : m_kMin(Wm4::Math<float>::MAX_REAL, Wm4::Math<float>::MAX_REAL, Wm4::Math<float>::MAX_REAL),
       m_kMax(-Wm4::Math<float>::MAX_REAL, -Wm4::Math<float>::MAX_REAL, -Wm4::Math<float>::MAX_REAL)
-{
-}
+{}
 
 oxBBox::oxBBox(const Vector3& rkPoint) : m_kMin(rkPoint), m_kMax(rkPoint) {}
 
@@ -136,8 +132,7 @@ bool oxBBox::overlapsSphere(const Vector3& rkCentre, float fSquaredRadius) const
     if (isEmpty())
         return false;
     float fDistance2 = 0.0f;
-    for (int i = 0; i < 3; ++i)
-    {
+    for (int i = 0; i < 3; ++i) {
         float fGap = 0.0f;
         if (rkCentre[i] < m_kMin[i])
             fGap = m_kMin[i] - rkCentre[i];
@@ -155,8 +150,7 @@ bool oxBBox::overlapsPlane(const Vector3& rkNormal, float fOffset) const
     // The corners minimising and maximising n.x: per axis, the min or max
     // side chosen by the sign of the normal component.
     Vector3 kLow, kHigh;
-    for (int i = 0; i < 3; ++i)
-    {
+    for (int i = 0; i < 3; ++i) {
         kLow[i] = rkNormal[i] >= 0.0f ? m_kMin[i] : m_kMax[i];
         kHigh[i] = rkNormal[i] >= 0.0f ? m_kMax[i] : m_kMin[i];
     }
@@ -169,8 +163,7 @@ bool oxBBox::overlapsTriangle(const Vector3& rkA, const Vector3& rkB, const Vect
         return false;
 
     double afCentre[3], afHalf[3];
-    for (int i = 0; i < 3; ++i)
-    {
+    for (int i = 0; i < 3; ++i) {
         afCentre[i] = 0.5 * (static_cast<double>(m_kMin[i]) + static_cast<double>(m_kMax[i]));
         afHalf[i] = 0.5 * (static_cast<double>(m_kMax[i]) - static_cast<double>(m_kMin[i]));
     }
@@ -181,8 +174,7 @@ bool oxBBox::overlapsTriangle(const Vector3& rkA, const Vector3& rkB, const Vect
             akVert[k].v[i] = static_cast<double>((*apkInput[k])[i]) - afCentre[i];
 
     // The three box axes.
-    for (int i = 0; i < 3; ++i)
-    {
+    for (int i = 0; i < 3; ++i) {
         double afAxis[3] = {0.0, 0.0, 0.0};
         afAxis[i] = 1.0;
         if (Separates(afAxis, akVert, afHalf))
@@ -194,8 +186,7 @@ bool oxBBox::overlapsTriangle(const Vector3& rkA, const Vector3& rkB, const Vect
     for (int k = 0; k < 3; ++k)
         for (int i = 0; i < 3; ++i)
             akEdge[k].v[i] = akVert[(k + 1) % 3].v[i] - akVert[k].v[i];
-    for (int k = 0; k < 3; ++k)
-    {
+    for (int k = 0; k < 3; ++k) {
         const double* e = akEdge[k].v;
         const double aafAxes[3][3] = {{0.0, -e[2], e[1]}, {e[2], 0.0, -e[0]}, {-e[1], e[0], 0.0}};
         for (int i = 0; i < 3; ++i)
@@ -214,11 +205,9 @@ bool oxBBox::overlapsTriangle(const Vector3& rkA, const Vector3& rkB, const Vect
 bool oxBBox::intersectRay(const Vector3& rkOrigin, const Vector3& rkDirection, float& rfTEnter,
                           float& rfTExit) const
 {
-    for (int i = 0; i < 3; ++i)
-    {
+    for (int i = 0; i < 3; ++i) {
         const float fD = rkDirection[i];
-        if (fD == 0.0f)
-        {
+        if (fD == 0.0f) {
             // Parallel to the slab: no constraint inside, no hit outside.
             if (!(m_kMin[i] <= rkOrigin[i] && rkOrigin[i] <= m_kMax[i]))
                 return false;
@@ -281,4 +270,4 @@ float oxBBox::getDiagonal() const
     return getExtent().Length();
 }
 
-} // namespace ox
+}  // namespace ox

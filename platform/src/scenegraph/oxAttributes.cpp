@@ -8,9 +8,12 @@ namespace ox {
 
 namespace {
 
-bool isZeroOrThree(int channels) { return channels == 0 || channels == 3; }
+bool isZeroOrThree(int channels)
+{
+    return channels == 0 || channels == 3;
+}
 
-} // namespace
+}  // namespace
 
 oxAttributes::oxAttributes()
 {
@@ -82,13 +85,25 @@ int oxAttributes::tcoordStart(int unit) const
     return start;
 }
 
-int oxAttributes::tangentStart() const { return tcoordStart(MAX_TCOORDS); }
+int oxAttributes::tangentStart() const
+{
+    return tcoordStart(MAX_TCOORDS);
+}
 
-int oxAttributes::GetChannelQuantity() const { return tangentStart() + m_tangent + m_psize; }
+int oxAttributes::GetChannelQuantity() const
+{
+    return tangentStart() + m_tangent + m_psize;
+}
 
-int oxAttributes::GetPositionOffset() const { return offsetIfPresent(m_position, 0); }
+int oxAttributes::GetPositionOffset() const
+{
+    return offsetIfPresent(m_position, 0);
+}
 
-int oxAttributes::GetNormalOffset() const { return offsetIfPresent(m_normal, m_position); }
+int oxAttributes::GetNormalOffset() const
+{
+    return offsetIfPresent(m_normal, m_position);
+}
 
 int oxAttributes::GetColorOffset(int unit) const
 {
@@ -100,9 +115,15 @@ int oxAttributes::GetTCoordOffset(int unit) const
     return validTCoordUnit(unit) ? offsetIfPresent(m_tcoord[unit], tcoordStart(unit)) : -1;
 }
 
-int oxAttributes::GetTangentOffset() const { return offsetIfPresent(m_tangent, tangentStart()); }
+int oxAttributes::GetTangentOffset() const
+{
+    return offsetIfPresent(m_tangent, tangentStart());
+}
 
-int oxAttributes::GetPSizeOffset() const { return offsetIfPresent(m_psize, tangentStart() + m_tangent); }
+int oxAttributes::GetPSizeOffset() const
+{
+    return offsetIfPresent(m_psize, tangentStart() + m_tangent);
+}
 
 bool oxAttributes::Matches(const oxAttributes& other, bool position, bool normal, bool color, bool tcoord,
                            bool tangent, bool psize) const
@@ -190,4 +211,4 @@ bool oxAttributes::Load(oxBaseStream& stream)
     return true;
 }
 
-} // namespace ox
+}  // namespace ox

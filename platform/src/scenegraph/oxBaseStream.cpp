@@ -34,7 +34,7 @@ bool byteCountOverflows(std::size_t count, std::size_t elemSize)
     return elemSize != 0 && count > std::numeric_limits<std::size_t>::max() / elemSize;
 }
 
-} // namespace
+}  // namespace
 
 void oxBaseStream::FileCloser::operator()(std::FILE* file) const
 {
@@ -212,4 +212,4 @@ bool oxBaseStream::close()
     return ok;
 }
 
-} // namespace ox
+}  // namespace ox

@@ -1,7 +1,7 @@
 #include "scenegraph/oxGenericGeometry.h"
 
-#include "scenegraph/oxGeometry.h"
 #include "oxPersistenceHelpers.h"
+#include "scenegraph/oxGeometry.h"
 
 namespace ox {
 
@@ -20,7 +20,7 @@ bool isSupportedSetType(int type)
     return type == oxIndexBuffer::IBT_TRIANGLES || type == oxIndexBuffer::IBT_QUADS;
 }
 
-} // namespace
+}  // namespace
 
 void oxGenericGeometry::replace(oxVertexBuffer* vertexBuffer, oxIndexBuffer* triangles, oxIndexBuffer* quads)
 {
@@ -58,7 +58,8 @@ int oxGenericGeometry::GetPrimitiveType(int i) const
 
 oxIndexBuffer* oxGenericGeometry::GetPrimitiveIndices(int i) const
 {
-    return i >= 0 && i < GetPrimitiveSetQuantity() ? m_sets[static_cast<std::size_t>(i)].indices.get() : nullptr;
+    return i >= 0 && i < GetPrimitiveSetQuantity() ? m_sets[static_cast<std::size_t>(i)].indices.get()
+                                                   : nullptr;
 }
 
 int oxGenericGeometry::countPrimitives(int type) const
@@ -72,9 +73,15 @@ int oxGenericGeometry::countPrimitives(int type) const
     return count;
 }
 
-int oxGenericGeometry::GetTriangleQuantity() const { return countPrimitives(oxIndexBuffer::IBT_TRIANGLES); }
+int oxGenericGeometry::GetTriangleQuantity() const
+{
+    return countPrimitives(oxIndexBuffer::IBT_TRIANGLES);
+}
 
-int oxGenericGeometry::GetQuadQuantity() const { return countPrimitives(oxIndexBuffer::IBT_QUADS); }
+int oxGenericGeometry::GetQuadQuantity() const
+{
+    return countPrimitives(oxIndexBuffer::IBT_QUADS);
+}
 
 oxPointer<oxTriMesh> oxGenericGeometry::toTriMesh() const
 {
@@ -113,14 +120,16 @@ bool oxGenericGeometry::Load(oxBaseStream& stream)
 {
     oxPointer<oxVertexBuffer> vertexBuffer;
     std::uint32_t setQuantity = 0;
-    if (!oxSpatial::Load(stream) || !detail::loadOptional(stream, vertexBuffer) || !stream.readValue(setQuantity)) {
+    if (!oxSpatial::Load(stream) || !detail::loadOptional(stream, vertexBuffer) ||
+        !stream.readValue(setQuantity)) {
         return false;
     }
     std::vector<PrimitiveSet> sets;
     for (std::uint32_t i = 0; i < setQuantity; ++i) {
         PrimitiveSet set;
         std::int32_t type = 0;
-        if (!stream.readValue(type) || !isSupportedSetType(type) || !detail::loadOptional(stream, set.indices)) {
+        if (!stream.readValue(type) || !isSupportedSetType(type) ||
+            !detail::loadOptional(stream, set.indices)) {
             return false;
         }
         set.type = type;
@@ -138,7 +147,8 @@ bool oxGenericGeometry::Save(oxBaseStream& stream) const
         return false;
     }
     for (const PrimitiveSet& set : m_sets) {
-        if (!stream.writeValue(static_cast<std::int32_t>(set.type)) || !detail::saveOptional(stream, set.indices.get())) {
+        if (!stream.writeValue(static_cast<std::int32_t>(set.type)) ||
+            !detail::saveOptional(stream, set.indices.get())) {
             return false;
         }
     }
@@ -185,4 +195,4 @@ oxObject* oxGenericGeometry::Factory(oxBaseStream& stream)
     return LoadNew<oxGenericGeometry>(stream);
 }
 
-} // namespace ox
+}  // namespace ox

@@ -6,8 +6,7 @@ const oxRtti oxGeometry::TYPE("oxCore.oxGeometry", &oxTriMesh::TYPE);
 
 oxGeometry::oxGeometry(oxVertexBuffer* vertexBuffer, oxIndexBuffer* indexBuffer)
     : oxTriMesh(vertexBuffer, indexBuffer)
-{
-}
+{}
 
 bool oxGeometry::Load(oxBaseStream& stream)
 {
@@ -39,4 +38,4 @@ oxObject* oxGeometry::Factory(oxBaseStream& stream)
     return LoadNew<oxGeometry>(stream);
 }
 
-} // namespace ox
+}  // namespace ox

@@ -13,12 +13,9 @@ oxImage::oxImage() = default;
 
 oxImage::oxImage(int formatMode, int width, int height, unsigned char* data, const char* name)
     : m_format(formatMode >= 0 && formatMode < IT_QUANTITY ? formatMode : IT_RGB888),
-      m_width(std::max(width, 0)),
-      m_height(std::max(height, 0)),
-      m_data(data),
+      m_width(std::max(width, 0)), m_height(std::max(height, 0)), m_data(data),
       m_name(name != nullptr ? name : "")
-{
-}
+{}
 
 std::size_t oxImage::GetByteQuantity() const
 {
@@ -64,4 +61,4 @@ bool oxImage::Clone(oxObject*& target) const
     });
 }
 
-} // namespace ox
+}  // namespace ox

@@ -21,12 +21,18 @@ struct PixelLayout {
 PixelLayout layoutOf(int format)
 {
     switch (format) {
-    case oxImage::IT_RGBA8888: return {4, false};
-    case oxImage::IT_L8: return {1, false};
-    case oxImage::IT_RGB32F: return {3, true};
-    case oxImage::IT_RGBA32F: return {4, true};
-    case oxImage::IT_L32F: return {1, true};
-    default: return {3, false};
+    case oxImage::IT_RGBA8888:
+        return {4, false};
+    case oxImage::IT_L8:
+        return {1, false};
+    case oxImage::IT_RGB32F:
+        return {3, true};
+    case oxImage::IT_RGBA32F:
+        return {4, true};
+    case oxImage::IT_L32F:
+        return {1, true};
+    default:
+        return {3, false};
     }
 }
 
@@ -43,7 +49,7 @@ unsigned char channelByte(const unsigned char* data, const PixelLayout& layout, 
     return static_cast<unsigned char>(std::lround(clamped * 255.0f));
 }
 
-} // namespace
+}  // namespace
 
 bool oxImageIOManager::saveImage(const oxImage& image, const std::string& path)
 {
@@ -52,8 +58,9 @@ bool oxImageIOManager::saveImage(const oxImage& image, const std::string& path)
     }
     const PixelLayout layout = layoutOf(image.GetFormat());
     const int written = layout.channels == 1 ? 1 : 3;
-    const std::string header = std::string(written == 1 ? "P5\n" : "P6\n") + std::to_string(image.GetWidth()) + " " +
-                               std::to_string(image.GetHeight()) + "\n255\n";
+    const std::string header = std::string(written == 1 ? "P5\n" : "P6\n") +
+                               std::to_string(image.GetWidth()) + " " + std::to_string(image.GetHeight()) +
+                               "\n255\n";
     const std::size_t pixels = static_cast<std::size_t>(image.GetQuantity());
     std::vector<unsigned char> bytes;
     bytes.reserve(pixels * static_cast<std::size_t>(written));
@@ -68,4 +75,4 @@ bool oxImageIOManager::saveImage(const oxImage& image, const std::string& path)
     return stream.close();
 }
 
-} // namespace ox
+}  // namespace ox

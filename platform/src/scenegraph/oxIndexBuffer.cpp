@@ -12,8 +12,7 @@ const oxRtti oxIndexBuffer::TYPE("oxCore.oxIndexBuffer", &oxObject::TYPE);
 
 oxIndexBuffer::oxIndexBuffer(int indexQuantity, int type)
     : m_type(type), m_indices(static_cast<std::size_t>(std::max(indexQuantity, 0)), 0u)
-{
-}
+{}
 
 void oxIndexBuffer::SetIndexQuantity(int indexQuantity)
 {
@@ -52,8 +51,7 @@ bool oxIndexBuffer::Load(oxBaseStream& stream)
 bool oxIndexBuffer::Save(oxBaseStream& stream) const
 {
     return oxObject::Save(stream) && stream.writeValue(static_cast<std::int32_t>(m_type)) &&
-           stream.writeValue(static_cast<std::uint32_t>(m_indices.size())) &&
-           stream.writeArray(m_indices);
+           stream.writeValue(static_cast<std::uint32_t>(m_indices.size())) && stream.writeArray(m_indices);
 }
 
 bool oxIndexBuffer::Equals(const oxObject* other) const
@@ -83,4 +81,4 @@ oxObject* oxIndexBuffer::Factory(oxBaseStream& stream)
     return LoadNew<oxIndexBuffer>(stream);
 }
 
-} // namespace ox
+}  // namespace ox

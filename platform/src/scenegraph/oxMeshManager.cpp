@@ -85,10 +85,10 @@ bool writePly(const oxTriMesh& mesh, oxBaseStream& stream)
     return stream.good();
 }
 
-} // namespace
+}  // namespace
 
-bool oxMeshManager::saveMesh(const oxObject* object, const std::string& path, oxProgressNotifierInterface* progress,
-                             unsigned int /*options*/)
+bool oxMeshManager::saveMesh(const oxObject* object, const std::string& path,
+                             oxProgressNotifierInterface* progress, unsigned int /*options*/)
 {
     if (progress != nullptr) {
         progress->notifyProgress(0.0f);
@@ -107,4 +107,4 @@ bool oxMeshManager::saveMesh(const oxObject* object, const std::string& path, ox
     return written && closed;
 }
 
-} // namespace ox
+}  // namespace ox

@@ -13,7 +13,8 @@ namespace ox {
 namespace {
 
 /// Copies the common leading channels of one attribute kind (offsets -1 when absent).
-void copyChannels(const float* src, int srcOffset, int srcChannels, float* dst, int dstOffset, int dstChannels)
+void copyChannels(const float* src, int srcOffset, int srcChannels, float* dst, int dstOffset,
+                  int dstChannels)
 {
     if (srcOffset < 0 || dstOffset < 0) {
         return;
@@ -41,7 +42,7 @@ bool isMergeable(const oxTriMesh* mesh)
     return vb != nullptr && vb->GetAttributes().HasPosition() && mesh->GetIndexBuffer() != nullptr;
 }
 
-} // namespace
+}  // namespace
 
 void oxMeshUtils::CopyVertexData(const oxVertexBuffer* src, oxVertexBuffer* dst, int srcIndex, int dstIndex)
 {
@@ -50,8 +51,10 @@ void oxMeshUtils::CopyVertexData(const oxVertexBuffer* src, oxVertexBuffer* dst,
     const oxAttributes& d = dst->GetAttributes();
     const float* from = src->GetVertexData(srcIndex);
     float* to = dst->GetVertexData(dstIndex);
-    copyChannels(from, s.GetPositionOffset(), s.GetPositionChannels(), to, d.GetPositionOffset(), d.GetPositionChannels());
-    copyChannels(from, s.GetNormalOffset(), s.GetNormalChannels(), to, d.GetNormalOffset(), d.GetNormalChannels());
+    copyChannels(from, s.GetPositionOffset(), s.GetPositionChannels(), to, d.GetPositionOffset(),
+                 d.GetPositionChannels());
+    copyChannels(from, s.GetNormalOffset(), s.GetNormalChannels(), to, d.GetNormalOffset(),
+                 d.GetNormalChannels());
     for (int unit = 0; unit < oxAttributes::GetMaxColors(); ++unit) {
         copyChannels(from, s.GetColorOffset(unit), s.GetColorChannels(unit), to, d.GetColorOffset(unit),
                      d.GetColorChannels(unit));
@@ -60,8 +63,10 @@ void oxMeshUtils::CopyVertexData(const oxVertexBuffer* src, oxVertexBuffer* dst,
         copyChannels(from, s.GetTCoordOffset(unit), s.GetTCoordChannels(unit), to, d.GetTCoordOffset(unit),
                      d.GetTCoordChannels(unit));
     }
-    copyChannels(from, s.GetTangentOffset(), s.GetTangentChannels(), to, d.GetTangentOffset(), d.GetTangentChannels());
-    copyChannels(from, s.GetPSizeOffset(), s.GetPSizeChannels(), to, d.GetPSizeOffset(), d.GetPSizeChannels());
+    copyChannels(from, s.GetTangentOffset(), s.GetTangentChannels(), to, d.GetTangentOffset(),
+                 d.GetTangentChannels());
+    copyChannels(from, s.GetPSizeOffset(), s.GetPSizeChannels(), to, d.GetPSizeOffset(),
+                 d.GetPSizeChannels());
 }
 
 oxPointer<oxSpatial> oxMeshUtils::MergeNodeGeometries(oxPointer<oxSpatial> root, float tolerance)
@@ -77,8 +82,9 @@ oxPointer<oxSpatial> oxMeshUtils::MergeTreeGeometries(oxSpatial* root, float tol
     root->updateWorldTransforms();
     std::vector<oxTriMesh*> meshes;
     collectMeshes(root, meshes);
-    meshes.erase(std::remove_if(meshes.begin(), meshes.end(), [](const oxTriMesh* m) { return !isMergeable(m); }),
-                 meshes.end());
+    meshes.erase(
+        std::remove_if(meshes.begin(), meshes.end(), [](const oxTriMesh* m) { return !isMergeable(m); }),
+        meshes.end());
 
     bool withNormals = !meshes.empty();
     for (const oxTriMesh* mesh : meshes) {
@@ -112,7 +118,8 @@ oxPointer<oxSpatial> oxMeshUtils::MergeTreeGeometries(oxSpatial* root, float tol
             if (!mesh->GetTriangle(t, corner[0], corner[1], corner[2])) {
                 continue;
             }
-            if (std::any_of(corner, corner + 3, [vertexQuantity](int k) { return k < 0 || k >= vertexQuantity; })) {
+            if (std::any_of(corner, corner + 3,
+                            [vertexQuantity](int k) { return k < 0 || k >= vertexQuantity; })) {
                 continue;
             }
             const int a = clusterOf[static_cast<std::size_t>(corner[0])];
@@ -139,9 +146,10 @@ oxPointer<oxSpatial> oxMeshUtils::MergeTreeGeometries(oxSpatial* root, float tol
             vb->Normal3(v) = normals[static_cast<std::size_t>(v)];
         }
     }
-    oxPointer<oxIndexBuffer> ib(new oxIndexBuffer(static_cast<int>(triangles.size()), oxIndexBuffer::IBT_TRIANGLES));
+    oxPointer<oxIndexBuffer> ib(
+        new oxIndexBuffer(static_cast<int>(triangles.size()), oxIndexBuffer::IBT_TRIANGLES));
     std::copy(triangles.begin(), triangles.end(), ib->GetData());
     return oxPointer<oxSpatial>(new oxGeometry(vb.get(), ib.get()));
 }
 
-} // namespace ox
+}  // namespace ox

@@ -216,4 +216,4 @@ oxObject* oxNode::Factory(oxBaseStream& stream)
     return LoadNew<oxNode>(stream);
 }
 
-} // namespace ox
+}  // namespace ox

@@ -69,4 +69,4 @@ oxObject* oxLoadObject(oxBaseStream& stream)
     return object;
 }
 
-} // namespace ox
+}  // namespace ox

@@ -57,5 +57,5 @@ bool loadOptional(oxBaseStream& stream, oxPointer<T>& object)
     return true;
 }
 
-} // namespace detail
-} // namespace ox
+}  // namespace detail
+}  // namespace ox

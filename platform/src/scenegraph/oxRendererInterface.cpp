@@ -9,4 +9,4 @@ oxHardwareRendererInterface* oxRendererInterface::GetHardwareRenderer()
     return nullptr;
 }
 
-} // namespace ox
+}  // namespace ox

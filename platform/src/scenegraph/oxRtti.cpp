@@ -32,7 +32,7 @@ FactoryTable& factoryTable()
     return table;
 }
 
-} // namespace
+}  // namespace
 
 bool oxRttiInterface::RegisterFactoryFunction(const std::string& name, FactoryFunction factory)
 {
@@ -60,4 +60,4 @@ oxRttiInterface::FactoryFunction oxRttiInterface::FindFactoryFunction(const std:
     return found == table.factories.end() ? nullptr : found->second;
 }
 
-} // namespace ox
+}  // namespace ox

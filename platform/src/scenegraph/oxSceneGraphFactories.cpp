@@ -17,12 +17,15 @@ struct FactoryEntry {
 };
 
 const FactoryEntry kFactories[] = {
-    {oxVertexBuffer::TYPE, &oxVertexBuffer::Factory}, {oxIndexBuffer::TYPE, &oxIndexBuffer::Factory},
-    {oxTriMesh::TYPE, &oxTriMesh::Factory},           {oxGeometry::TYPE, &oxGeometry::Factory},
-    {oxNode::TYPE, &oxNode::Factory},                 {oxGenericGeometry::TYPE, &oxGenericGeometry::Factory},
+    {oxVertexBuffer::TYPE, &oxVertexBuffer::Factory},
+    {oxIndexBuffer::TYPE, &oxIndexBuffer::Factory},
+    {oxTriMesh::TYPE, &oxTriMesh::Factory},
+    {oxGeometry::TYPE, &oxGeometry::Factory},
+    {oxNode::TYPE, &oxNode::Factory},
+    {oxGenericGeometry::TYPE, &oxGenericGeometry::Factory},
 };
 
-} // namespace
+}  // namespace
 
 void oxRegisterSceneGraphFactories()
 {
@@ -38,4 +41,4 @@ void oxUnregisterSceneGraphFactories()
     }
 }
 
-} // namespace ox
+}  // namespace ox

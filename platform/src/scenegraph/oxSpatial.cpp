@@ -7,9 +7,9 @@ namespace ox {
 const oxRtti oxSpatial::TYPE("oxCore.oxSpatial", &oxObject::TYPE);
 
 oxSpatial::oxSpatial(const oxSpatial& other)
-    : oxObject(other), m_name(other.m_name), m_local(other.m_local), m_world(other.m_world), m_dirty(other.m_dirty)
-{
-}
+    : oxObject(other), m_name(other.m_name), m_local(other.m_local), m_world(other.m_world),
+      m_dirty(other.m_dirty)
+{}
 
 oxSpatial& oxSpatial::operator=(const oxSpatial& other)
 {
@@ -69,7 +69,8 @@ bool oxSpatial::Load(oxBaseStream& stream)
 
 bool oxSpatial::Save(oxBaseStream& stream) const
 {
-    return oxObject::Save(stream) && stream.writeString(m_name) && m_local.Save(stream) && m_world.Save(stream);
+    return oxObject::Save(stream) && stream.writeString(m_name) && m_local.Save(stream) &&
+           m_world.Save(stream);
 }
 
 bool oxSpatial::Equals(const oxObject* other) const
@@ -90,4 +91,4 @@ bool oxSpatial::Clone(oxObject*& target) const
     return true;
 }
 
-} // namespace ox
+}  // namespace ox

@@ -75,7 +75,9 @@ oxTriMesh* oxStandardMesh::Sphere(int zSamples, int radialSamples, float radius)
 
     const unsigned int south = 0;
     const unsigned int north = static_cast<unsigned int>(normals.size() - 1);
-    auto ringVertex = [radial](int ring, unsigned int j) { return 1 + static_cast<unsigned int>(ring - 1) * radial + j % radial; };
+    auto ringVertex = [radial](int ring, unsigned int j) {
+        return 1 + static_cast<unsigned int>(ring - 1) * radial + j % radial;
+    };
     std::vector<unsigned int> triangles;
     for (unsigned int j = 0; j < radial; ++j) {
         // South cap, bands between consecutive rings, north cap; counter-clockwise from outside.
@@ -125,4 +127,4 @@ oxTriMesh* oxStandardMesh::Box(float xExtent, float yExtent, float zExtent)
     return build(positions, normals, triangles);
 }
 
-} // namespace ox
+}  // namespace ox

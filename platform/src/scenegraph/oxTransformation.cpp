@@ -5,9 +5,9 @@
 namespace ox {
 
 oxTransformation::oxTransformation()
-    : m_matrix(Wm4::Matrix4<float>::IDENTITY), m_rotate(Wm4::Matrix3<float>::IDENTITY), m_scale(Wm4::Vector3<float>::ONE)
-{
-}
+    : m_matrix(Wm4::Matrix4<float>::IDENTITY), m_rotate(Wm4::Matrix3<float>::IDENTITY),
+      m_scale(Wm4::Vector3<float>::ONE)
+{}
 
 void oxTransformation::MakeIdentity()
 {
@@ -100,4 +100,4 @@ oxTransformation operator*(const oxTransformation& a, const oxTransformation& b)
     return product;
 }
 
-} // namespace ox
+}  // namespace ox

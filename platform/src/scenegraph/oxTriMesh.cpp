@@ -6,8 +6,7 @@ const oxRtti oxTriMesh::TYPE("oxCore.oxTriMesh", &oxTriangles::TYPE);
 
 oxTriMesh::oxTriMesh(oxVertexBuffer* vertexBuffer, oxIndexBuffer* indexBuffer)
     : oxTriangles(vertexBuffer, indexBuffer)
-{
-}
+{}
 
 int oxTriMesh::GetTriangleQuantity() const
 {
@@ -37,4 +36,4 @@ oxObject* oxTriMesh::Factory(oxBaseStream& stream)
     return LoadNew<oxTriMesh>(stream);
 }
 
-} // namespace ox
+}  // namespace ox

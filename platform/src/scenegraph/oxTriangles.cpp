@@ -16,8 +16,7 @@ using detail::saveOptional;
 
 oxTriangles::oxTriangles(oxVertexBuffer* vertexBuffer, oxIndexBuffer* indexBuffer)
     : m_vertexBuffer(vertexBuffer), m_indexBuffer(indexBuffer)
-{
-}
+{}
 
 void oxTriangles::GenerateNormals()
 {
@@ -44,7 +43,8 @@ void oxTriangles::GenerateNormals()
         }
         // The unnormalised cross product has length twice the area: area weighting for free.
         const Wm4::Vector3<float>& p0 = vb->Position3(corner[0]);
-        const Wm4::Vector3<float> faceNormal = (vb->Position3(corner[1]) - p0).Cross(vb->Position3(corner[2]) - p0);
+        const Wm4::Vector3<float> faceNormal =
+            (vb->Position3(corner[1]) - p0).Cross(vb->Position3(corner[2]) - p0);
         for (int k : corner) {
             vb->Normal3(k) += faceNormal;
         }
@@ -124,7 +124,8 @@ oxBBox oxTriangles::computeBBox() const
 
 bool oxTriangles::Load(oxBaseStream& stream)
 {
-    return oxSpatial::Load(stream) && loadOptional(stream, m_vertexBuffer) && loadOptional(stream, m_indexBuffer);
+    return oxSpatial::Load(stream) && loadOptional(stream, m_vertexBuffer) &&
+           loadOptional(stream, m_indexBuffer);
 }
 
 bool oxTriangles::Save(oxBaseStream& stream) const
@@ -154,4 +155,4 @@ bool oxTriangles::Clone(oxObject*& target) const
     return true;
 }
 
-} // namespace ox
+}  // namespace ox

@@ -16,15 +16,12 @@ std::size_t floatCount(int vertexQuantity, int stride)
     return static_cast<std::size_t>(std::max(vertexQuantity, 0)) * static_cast<std::size_t>(stride);
 }
 
-} // namespace
+}  // namespace
 
 oxVertexBuffer::oxVertexBuffer(const oxAttributes& attributes, int vertexQuantity)
-    : m_attributes(attributes),
-      m_stride(attributes.GetChannelQuantity()),
-      m_vertexQuantity(std::max(vertexQuantity, 0)),
-      m_data(floatCount(vertexQuantity, m_stride), 0.0f)
-{
-}
+    : m_attributes(attributes), m_stride(attributes.GetChannelQuantity()),
+      m_vertexQuantity(std::max(vertexQuantity, 0)), m_data(floatCount(vertexQuantity, m_stride), 0.0f)
+{}
 
 void oxVertexBuffer::SetVertexQuantity(int vertexQuantity)
 {
@@ -61,8 +58,7 @@ bool oxVertexBuffer::Save(oxBaseStream& stream) const
 {
     static_assert(sizeof(float) == 4, "vertex data is stored as 32-bit floats");
     return oxObject::Save(stream) && m_attributes.Save(stream) &&
-           stream.writeValue(static_cast<std::int32_t>(m_vertexQuantity)) &&
-           stream.writeArray(m_data);
+           stream.writeValue(static_cast<std::int32_t>(m_vertexQuantity)) && stream.writeArray(m_data);
 }
 
 bool oxVertexBuffer::Equals(const oxObject* other) const
@@ -95,4 +91,4 @@ oxObject* oxVertexBuffer::Factory(oxBaseStream& stream)
     return LoadNew<oxVertexBuffer>(stream);
 }
 
-} // namespace ox
+}  // namespace ox

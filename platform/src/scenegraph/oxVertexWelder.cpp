@@ -21,7 +21,7 @@ std::int64_t gridCoordinate(float value, float cellSize)
     return static_cast<std::int64_t>(std::fmax(-kLimit, std::fmin(kLimit, cell)));
 }
 
-} // namespace
+}  // namespace
 
 std::size_t oxVertexWelder::CellHash::operator()(const Cell& cell) const
 {
@@ -102,5 +102,5 @@ int oxVertexWelder::add(const Wm4::Vector3<float>& point, bool& isNew)
     return cluster;
 }
 
-} // namespace detail
-} // namespace ox
+}  // namespace detail
+}  // namespace ox

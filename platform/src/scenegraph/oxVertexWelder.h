@@ -42,5 +42,5 @@ private:
     std::unordered_map<Cell, std::vector<int>, CellHash> m_grid;
 };
 
-} // namespace detail
-} // namespace ox
+}  // namespace detail
+}  // namespace ox

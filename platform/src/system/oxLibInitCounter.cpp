@@ -1,15 +1,12 @@
 // Thread-safe count of nested library initialisations.
 #include "system/oxLibInitCounter.h"
 
-namespace ox
-{
-namespace impl
-{
+namespace ox {
+namespace impl {
 
 LibInitCounter::LibInitCounter(const char* szName, bool bFlag)
     : m_szName(szName), m_bFlag(bFlag), m_uiCount(0u)
-{
-}
+{}
 
 bool LibInitCounter::incrementInitCounter()
 {
@@ -21,8 +18,7 @@ bool LibInitCounter::decrementInitCounter()
     unsigned int uiCount = m_uiCount.load(std::memory_order_acquire);
     // Compare-exchange loop: never goes below zero, and exactly one caller
     // observes the 1 -> 0 transition.
-    while (uiCount != 0u)
-    {
+    while (uiCount != 0u) {
         if (m_uiCount.compare_exchange_weak(uiCount, uiCount - 1u, std::memory_order_acq_rel,
                                             std::memory_order_acquire))
             return uiCount == 1u;
@@ -35,5 +31,5 @@ unsigned int LibInitCounter::getCount() const
     return m_uiCount.load(std::memory_order_acquire);
 }
 
-} // namespace impl
-} // namespace ox
+}  // namespace impl
+}  // namespace ox

@@ -1,8 +1,7 @@
 // Non-recursive mutex over std::mutex.
 #include "system/oxMutex.h"
 
-namespace ox
-{
+namespace ox {
 
 void oxMutex::lock()
 {
@@ -19,4 +18,4 @@ bool oxMutex::tryLock()
     return m_kMutex.try_lock();
 }
 
-} // namespace ox
+}  // namespace ox

@@ -1,8 +1,7 @@
 // Progress value storage and forwarding.
 #include "system/oxProgressMonitorable.h"
 
-namespace ox
-{
+namespace ox {
 
 oxProgressMonitorable::~oxProgressMonitorable() = default;
 
@@ -23,4 +22,4 @@ void oxProgressMonitorable::resetProgressValue()
     setProgressValue(0.0f);
 }
 
-} // namespace ox
+}  // namespace ox

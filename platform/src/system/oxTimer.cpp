@@ -1,8 +1,7 @@
 // Millisecond stopwatch on the steady clock.
 #include "system/oxTimer.h"
 
-namespace ox
-{
+namespace ox {
 
 oxTimer::oxTimer(bool bStart) : m_kStart(), m_kSnap(), m_bStarted(false), m_bSnapped(false)
 {
@@ -31,4 +30,4 @@ double oxTimer::getElapsedMs() const
     return std::chrono::duration<double, std::milli>(kEnd - m_kStart).count();
 }
 
-} // namespace ox
+}  // namespace ox

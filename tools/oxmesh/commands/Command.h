@@ -31,8 +31,10 @@ public:
 
 protected:
     /// Registers the subcommand `name` on `app`; `global` is read when run() runs.
-    Command(CLI::App& app, const GlobalOptions& global, const std::string& name, const std::string& description)
-        : global_(global), subcommand_(app.add_subcommand(name, description)) {}
+    Command(CLI::App& app, const GlobalOptions& global, const std::string& name,
+            const std::string& description)
+        : global_(global), subcommand_(app.add_subcommand(name, description))
+    {}
 
     const GlobalOptions& global_;
     CLI::App* subcommand_;

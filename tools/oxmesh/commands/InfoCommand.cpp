@@ -10,15 +10,18 @@
 namespace oxmesh {
 
 InfoCommand::InfoCommand(CLI::App& app, const GlobalOptions& global)
-    : Command(app, global, "info", "Report vertices, faces, topology and attributes of a file") {
+    : Command(app, global, "info", "Report vertices, faces, topology and attributes of a file")
+{
     subcommand_->add_option("FILE", input_, "Mesh or point cloud to inspect")->required();
     subcommand_->add_flag("--json", json_, "Print one JSON object instead of aligned lines");
 }
 
-int InfoCommand::run() {
+int InfoCommand::run()
+{
     MeshData mesh;
     {
-        ProgressBar bar("reading " + input_, global_.quiet ? ProgressBar::Mode::Never : ProgressBar::Mode::Auto);
+        ProgressBar bar("reading " + input_,
+                        global_.quiet ? ProgressBar::Mode::Never : ProgressBar::Mode::Auto);
         mesh = readMesh(input_, bar.function());
     }
     const InfoReport report(input_, mesh, computeMeshStats(mesh));

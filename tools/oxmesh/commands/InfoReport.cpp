@@ -6,49 +6,71 @@
 namespace oxmesh {
 namespace {
 
-std::string textOf(const std::string& value) { return value; }
-std::string textOf(bool value) { return value ? "yes" : "no"; }
-std::string textOf(std::size_t value) { return std::to_string(value); }
-std::string textOf(long long value) { return std::to_string(value); }
+std::string textOf(const std::string& value)
+{
+    return value;
+}
+std::string textOf(bool value)
+{
+    return value ? "yes" : "no";
+}
+std::string textOf(std::size_t value)
+{
+    return std::to_string(value);
+}
+std::string textOf(long long value)
+{
+    return std::to_string(value);
+}
 
-std::string textOf(double value) {
+std::string textOf(double value)
+{
     char text[32];
     std::snprintf(text, sizeof text, "%.9g", value);
     return text;
 }
 
-std::string textOf(const std::array<double, 3>& values) {
+std::string textOf(const std::array<double, 3>& values)
+{
     return "(" + textOf(values[0]) + ", " + textOf(values[1]) + ", " + textOf(values[2]) + ")";
 }
 
-std::string textOf(const std::vector<std::string>& values) {
-    if (values.empty()) return "none";
+std::string textOf(const std::vector<std::string>& values)
+{
+    if (values.empty())
+        return "none";
     std::string text;
-    for (const std::string& value : values) text += (text.empty() ? "" : ", ") + value;
+    for (const std::string& value : values)
+        text += (text.empty() ? "" : ", ") + value;
     return text;
 }
 
-std::string textOf(const std::map<unsigned, std::size_t>& counts) {
+std::string textOf(const std::map<unsigned, std::size_t>& counts)
+{
     std::string text;
     for (const auto& [size, count] : counts)
-        text += (text.empty() ? "" : ", ") + std::to_string(count) + " with " + std::to_string(size) + " vertices";
+        text += (text.empty() ? "" : ", ") + std::to_string(count) + " with " + std::to_string(size) +
+                " vertices";
     return text.empty() ? "none" : text;
 }
 
 }  // namespace
 
 template <class T>
-void InfoReport::add(const char* key, const char* label, const T& value) {
+void InfoReport::add(const char* key, const char* label, const T& value)
+{
     json_.add(key, value);
     lines_.emplace_back(label, textOf(value));
 }
 
-InfoReport::InfoReport(const std::string& path, const MeshData& mesh, const MeshStats& stats) {
+InfoReport::InfoReport(const std::string& path, const MeshData& mesh, const MeshStats& stats)
+{
     add("file", "file", path);
     add("format", "format", mesh.format);
     add("kind", "kind", std::string(stats.isPointCloud() ? "point cloud" : "mesh"));
     add("vertices", "vertices", stats.vertices);
-    if (!stats.isPointCloud()) add("unreferenced_vertices", "unreferenced vertices", stats.unreferencedVertices);
+    if (!stats.isPointCloud())
+        add("unreferenced_vertices", "unreferenced vertices", stats.unreferencedVertices);
     add("duplicate_position_vertices", "duplicate positions", stats.duplicatePositions);
     add("welded_vertices", "merged by position on loading", stats.weldedVertices);
     add("nonfinite_vertices", "non-finite vertices", stats.nonFiniteVertices);
@@ -90,14 +112,20 @@ InfoReport::InfoReport(const std::string& path, const MeshData& mesh, const Mesh
     add("skipped_properties", "skipped properties", mesh.skippedProperties);
 }
 
-std::string InfoReport::text() const {
+std::string InfoReport::text() const
+{
     std::size_t width = 0;
-    for (const auto& line : lines_) width = std::max(width, line.first.size());
+    for (const auto& line : lines_)
+        width = std::max(width, line.first.size());
     std::string text;
-    for (const auto& [label, value] : lines_) text += label + ":" + std::string(width - label.size() + 1, ' ') + value + "\n";
+    for (const auto& [label, value] : lines_)
+        text += label + ":" + std::string(width - label.size() + 1, ' ') + value + "\n";
     return text;
 }
 
-std::string InfoReport::json() const { return json_.str() + "\n"; }
+std::string InfoReport::json() const
+{
+    return json_.str() + "\n";
+}
 
 }  // namespace oxmesh

@@ -18,9 +18,9 @@ namespace oxmesh {
 
 /// Seconds spent in each stage of one meshing run.
 struct MesherStageTimes {
-    double cornerSigns = 0.0;  ///< bounding cube, seed cells, signs of their corners
-    double growth = 0.0;       ///< growth across crossed faces, triangle and vertex tables
-    double bisection = 0.0;    ///< ten bisection steps per vertex
+    double cornerSigns = 0.0;     ///< bounding cube, seed cells, signs of their corners
+    double growth = 0.0;          ///< growth across crossed faces, triangle and vertex tables
+    double bisection = 0.0;       ///< ten bisection steps per vertex
     unsigned int iterations = 0;  ///< growth iterations the mesher printed
 
     double total() const { return cornerSigns + growth + bisection; }

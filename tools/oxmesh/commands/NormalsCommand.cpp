@@ -12,7 +12,8 @@
 namespace oxmesh {
 
 NormalsCommand::NormalsCommand(CLI::App& app, const GlobalOptions& global)
-    : Command(app, global, "normals", "Estimate and orient a normal for every point of a cloud") {
+    : Command(app, global, "normals", "Estimate and orient a normal for every point of a cloud")
+{
     subcommand_->add_option("IN", input_, "Point cloud or mesh to read (any supported format)")->required();
     subcommand_->add_option("-o,--output", output_, "File to write (.ply, .xyz or .obj)")->required();
     subcommand_->add_option("--viewpoint", viewpoint_, "Orient towards this scanner position x,y,z instead")
@@ -22,7 +23,8 @@ NormalsCommand::NormalsCommand(CLI::App& app, const GlobalOptions& global)
         ->check(CLI::Range(3u, 256u));
 }
 
-int NormalsCommand::run() {
+int NormalsCommand::run()
+{
     checkOutputExtension(output_);
     const auto mode = global_.quiet ? ProgressBar::Mode::Never : ProgressBar::Mode::Auto;
     MeshData cloud;
@@ -39,8 +41,8 @@ int NormalsCommand::run() {
     unsigned int parts = 0;
     {
         ProgressBar bar("estimating normals", mode);
-        ox::oxPointSetProcessing::EstimateNormals(cloud.positions.data(), n, 3, cloud.normals.data(), 3, neighbours_,
-                                                  &bar);
+        ox::oxPointSetProcessing::EstimateNormals(cloud.positions.data(), n, 3, cloud.normals.data(), 3,
+                                                  neighbours_, &bar);
     }
     if (viewpoint_.size() == 3) {
         ox::oxPointSetProcessing::OrientNormalsTowards(cloud.positions.data(), n, 3, cloud.normals.data(), 3,
@@ -53,7 +55,8 @@ int NormalsCommand::run() {
     timer.snapTime();
     std::size_t missing = 0;
     for (unsigned int i = 0; i < n; ++i)
-        missing += cloud.normals[3 * i] == 0.0f && cloud.normals[3 * i + 1] == 0.0f && cloud.normals[3 * i + 2] == 0.0f;
+        missing += cloud.normals[3 * i] == 0.0f && cloud.normals[3 * i + 1] == 0.0f &&
+                   cloud.normals[3 * i + 2] == 0.0f;
 
     writeMesh(output_, cloud);
     if (!global_.quiet) {
@@ -64,7 +67,8 @@ int NormalsCommand::run() {
             std::printf(", %u connected part%s oriented outwards", parts, parts == 1 ? "" : "s");
         std::printf("\n");
         if (missing)
-            std::printf("warning: %zu points have no normal (their neighbours do not span a plane); written as 0 0 0\n",
+            std::printf("warning: %zu points have no normal (their neighbours do not span a plane); written "
+                        "as 0 0 0\n",
                         missing);
     }
     return std::fflush(stdout) == 0 ? 0 : 1;

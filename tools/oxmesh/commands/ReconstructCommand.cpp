@@ -13,22 +13,26 @@
 namespace oxmesh {
 namespace {
 
-double secondsSince(std::chrono::steady_clock::time_point start) {
+double secondsSince(std::chrono::steady_clock::time_point start)
+{
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
 }  // namespace
 
 ReconstructCommand::ReconstructCommand(CLI::App& app, const GlobalOptions& global)
-    : Command(app, global, "reconstruct", "Mesh the surface of an oriented point cloud") {
-    subcommand_->add_option("IN", input_, "Point cloud with normals (any supported format; faces are ignored)")
+    : Command(app, global, "reconstruct", "Mesh the surface of an oriented point cloud")
+{
+    subcommand_
+        ->add_option("IN", input_, "Point cloud with normals (any supported format; faces are ignored)")
         ->required();
     subcommand_->add_option("-o,--output", output_, "Mesh to write (.ply, .obj or .xyz)")->required();
     subcommand_
         ->add_option("--surface", surfaceText_,
                      "apss: algebraic spheres, smooth (default); rimls: robust planes, keeps sharp edges")
         ->check(CLI::IsMember({"apss", "rimls"}));
-    subcommand_->add_option("--depth", depth_, "Grid of 2^N cells along the longest side, 1 to 10 (default 7)")
+    subcommand_
+        ->add_option("--depth", depth_, "Grid of 2^N cells along the longest side, 1 to 10 (default 7)")
         ->check(CLI::Range(1u, 10u));
     subcommand_->add_flag("--estimate-normals", estimateNormals_,
                           "Estimate and orient normals first (replaces normals the file has)");
@@ -38,12 +42,16 @@ ReconstructCommand::ReconstructCommand(CLI::App& app, const GlobalOptions& globa
     subcommand_->add_flag("-v,--verbose", verbose_, "Also print the mesher's own progress lines");
 }
 
-int ReconstructCommand::run() {
+int ReconstructCommand::run()
+{
     const SurfaceKind surface = surfaceText_ == "rimls" ? SurfaceKind::Rimls : SurfaceKind::Apss;
     checkOutputExtension(output_);
     // An unwritable output fails now, not after the meshing.
-    if (std::filesystem::is_directory(output_)) throw InputError(output_, "cannot write: it is a folder");
-    { AtomicFile probe(output_); }
+    if (std::filesystem::is_directory(output_))
+        throw InputError(output_, "cannot write: it is a folder");
+    {
+        AtomicFile probe(output_);
+    }
     const auto mode = global_.quiet ? ProgressBar::Mode::Never : ProgressBar::Mode::Auto;
 
     auto start = std::chrono::steady_clock::now();
@@ -57,7 +65,8 @@ int ReconstructCommand::run() {
     std::size_t dropped = 0;
     double estimateSeconds = 0.0;
     if (estimateNormals_) {
-        if (cloud.vertexCount() < kMinReconstructionPoints) checkOrientedCloud(input_, cloud);  // too few points
+        if (cloud.vertexCount() < kMinReconstructionPoints)
+            checkOrientedCloud(input_, cloud);  // too few points
         start = std::chrono::steady_clock::now();
         ProgressBar bar("estimating normals", mode);
         dropped = estimateOrientedNormals(cloud, 16, &bar);
@@ -84,15 +93,18 @@ int ReconstructCommand::run() {
 
     if (!global_.quiet) {
         std::string times = "read " + formatSeconds(readSeconds);
-        if (estimateNormals_) times += ", estimated normals " + formatSeconds(estimateSeconds);
+        if (estimateNormals_)
+            times += ", estimated normals " + formatSeconds(estimateSeconds);
         times += ", query " + formatSeconds(querySeconds) + ", " + describeStages(result) + ", write " +
                  formatSeconds(writeSeconds);
         std::printf("%s: %s (%s, depth %u); %s\n", output_.c_str(), describeMesh(result.mesh).c_str(),
                     surfaceName(surface), depth_, times.c_str());
         const std::string cleanup = describeCleanup(result.cleanup);
-        if (!cleanup.empty()) std::printf("%s\n", cleanup.c_str());
+        if (!cleanup.empty())
+            std::printf("%s\n", cleanup.c_str());
         if (dropped)
-            std::printf("warning: %zu points got no normal (their neighbours do not span a plane) and were left out\n",
+            std::printf("warning: %zu points got no normal (their neighbours do not span a plane) and were "
+                        "left out\n",
                         dropped);
     }
     return std::fflush(stdout) == 0 ? 0 : 1;

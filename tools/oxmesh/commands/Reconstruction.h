@@ -11,8 +11,8 @@
 
 #include "Wm4/Wm4Vector3.h"
 #include "commands/MesherStageMonitor.h"
-#include "io/ReconstructionCleanup.h"
 #include "io/MeshData.h"
+#include "io/ReconstructionCleanup.h"
 #include "system/oxProgressNotifierInterface.h"
 
 namespace ox {
@@ -45,7 +45,8 @@ void checkOrientedCloud(const std::string& path, const MeshData& cloud);
 /// neighbourhood gave no normal (and any faces, which would no longer match). Returns the number
 /// of points dropped. `progress` (may be null) receives 0..0.5 while estimating, 0.5..1 while
 /// orienting. Cost O(n k log n).
-std::size_t estimateOrientedNormals(MeshData& cloud, unsigned int k, ox::oxProgressNotifierInterface* progress);
+std::size_t estimateOrientedNormals(MeshData& cloud, unsigned int k,
+                                    ox::oxProgressNotifierInterface* progress);
 
 /// A ready point-set query over an oriented cloud. The query normalises the points itself; its
 /// buffer carries a point-size channel from the start, so that computing the point radii keeps
@@ -73,9 +74,9 @@ private:
 
 /// One reconstructed mesh and where its time went.
 struct Reconstruction {
-    MeshData mesh;              ///< in the cloud's coordinates, with unit vertex normals
-    MesherStageTimes stages;    ///< the mesher's stages
-    double finishSeconds = 0.0; ///< mapping back to the input frame and vertex normals
+    MeshData mesh;                  ///< in the cloud's coordinates, with unit vertex normals
+    MesherStageTimes stages;        ///< the mesher's stages
+    double finishSeconds = 0.0;     ///< mapping back to the input frame and vertex normals
     bool cleanupRequested = false;  ///< the clean-up step was part of the run
     CleanupReport cleanup;          ///< what it did
     double cleanupSeconds = 0.0;

@@ -17,14 +17,16 @@ constexpr std::size_t kBufferSize = 1 << 20;
 }  // namespace
 
 AtomicFile::AtomicFile(const std::string& path)
-    : path_(path), tempPath_(path + ".tmp-" + std::to_string(::getpid())) {
+    : path_(path), tempPath_(path + ".tmp-" + std::to_string(::getpid()))
+{
     fd_ = ::open(tempPath_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
     if (fd_ < 0)
         throw InputError(path_, std::string("cannot write: ") + std::strerror(errno));
     buffer_.reserve(kBufferSize);
 }
 
-AtomicFile::~AtomicFile() {
+AtomicFile::~AtomicFile()
+{
     if (committed_)
         return;
     if (fd_ >= 0)
@@ -32,7 +34,8 @@ AtomicFile::~AtomicFile() {
     ::unlink(tempPath_.c_str());
 }
 
-void AtomicFile::fail(int error) {
+void AtomicFile::fail(int error)
+{
     if (fd_ >= 0) {
         ::close(fd_);
         fd_ = -1;
@@ -41,7 +44,8 @@ void AtomicFile::fail(int error) {
     throw InputError(path_, std::string("cannot write: ") + std::strerror(error));
 }
 
-void AtomicFile::writeAll(const char* p, std::size_t left) {
+void AtomicFile::writeAll(const char* p, std::size_t left)
+{
     while (left > 0) {
         const ssize_t written = ::write(fd_, p, left);
         if (written < 0) {
@@ -54,12 +58,14 @@ void AtomicFile::writeAll(const char* p, std::size_t left) {
     }
 }
 
-void AtomicFile::flush() {
+void AtomicFile::flush()
+{
     writeAll(buffer_.data(), buffer_.size());
     buffer_.clear();
 }
 
-void AtomicFile::write(const void* data, std::size_t size) {
+void AtomicFile::write(const void* data, std::size_t size)
+{
     if (fd_ < 0)
         throw InputError(path_, "cannot write: the file is already closed");
     const char* bytes = static_cast<const char*>(data);
@@ -72,7 +78,8 @@ void AtomicFile::write(const void* data, std::size_t size) {
     buffer_.insert(buffer_.end(), bytes, bytes + size);
 }
 
-void AtomicFile::commit() {
+void AtomicFile::commit()
+{
     if (fd_ < 0)
         throw InputError(path_, "cannot write: the file is already closed");
     flush();

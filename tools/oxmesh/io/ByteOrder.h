@@ -8,7 +8,8 @@
 namespace oxmesh {
 
 /// True on little-endian machines. O(1).
-inline bool hostIsLittleEndian() {
+inline bool hostIsLittleEndian()
+{
     const std::uint16_t probe = 1;
     unsigned char first = 0;
     std::memcpy(&first, &probe, 1);
@@ -16,7 +17,8 @@ inline bool hostIsLittleEndian() {
 }
 
 /// Reverses the order of `n` bytes in place. O(n).
-inline void reverseBytes(unsigned char* bytes, std::size_t n) {
+inline void reverseBytes(unsigned char* bytes, std::size_t n)
+{
     for (std::size_t i = 0; i < n / 2; ++i) {
         const unsigned char t = bytes[i];
         bytes[i] = bytes[n - 1 - i];

@@ -11,12 +11,15 @@ namespace oxmesh {
 class DisjointSets {
 public:
     /// n singleton sets. O(n).
-    explicit DisjointSets(std::size_t n) : parent_(n) {
-        for (std::size_t i = 0; i < n; ++i) parent_[i] = static_cast<std::uint32_t>(i);
+    explicit DisjointSets(std::size_t n) : parent_(n)
+    {
+        for (std::size_t i = 0; i < n; ++i)
+            parent_[i] = static_cast<std::uint32_t>(i);
     }
 
     /// Representative of the set holding x (path halving, amortised almost O(1)).
-    std::uint32_t find(std::uint32_t x) {
+    std::uint32_t find(std::uint32_t x)
+    {
         while (parent_[x] != x) {
             parent_[x] = parent_[parent_[x]];
             x = parent_[x];
@@ -25,12 +28,16 @@ public:
     }
 
     /// Joins the sets of a and b; the smaller representative index stays the representative.
-    void unite(std::uint32_t a, std::uint32_t b) {
+    void unite(std::uint32_t a, std::uint32_t b)
+    {
         a = find(a);
         b = find(b);
-        if (a == b) return;
-        if (a < b) parent_[b] = a;
-        else parent_[a] = b;
+        if (a == b)
+            return;
+        if (a < b)
+            parent_[b] = a;
+        else
+            parent_[a] = b;
     }
 
     /// True when x represents its set (counting these counts the sets).

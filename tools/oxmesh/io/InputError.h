@@ -10,7 +10,8 @@ namespace oxmesh {
 class InputError : public std::runtime_error {
 public:
     InputError(const std::string& path, const std::string& problem)
-        : std::runtime_error(path + ": " + problem), path_(path), problem_(problem) {}
+        : std::runtime_error(path + ": " + problem), path_(path), problem_(problem)
+    {}
 
     const std::string& path() const { return path_; }
     const std::string& problem() const { return problem_; }

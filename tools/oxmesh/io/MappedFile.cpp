@@ -17,19 +17,22 @@ namespace {
 // stays valid after close.
 struct FdGuard {
     int fd;
-    ~FdGuard() {
+    ~FdGuard()
+    {
         if (fd >= 0)
             ::close(fd);
     }
 };
 
-[[noreturn]] void failOpen(const std::string& path, const char* reason) {
+[[noreturn]] void failOpen(const std::string& path, const char* reason)
+{
     throw InputError(path, std::string("cannot open: ") + reason);
 }
 
 }  // namespace
 
-MappedFile::MappedFile(const std::string& path) {
+MappedFile::MappedFile(const std::string& path)
+{
     FdGuard guard{::open(path.c_str(), O_RDONLY | O_CLOEXEC)};
     if (guard.fd < 0)
         failOpen(path, std::strerror(errno));
@@ -50,7 +53,8 @@ MappedFile::MappedFile(const std::string& path) {
     data_ = static_cast<const char*>(mapped);
 }
 
-MappedFile::~MappedFile() {
+MappedFile::~MappedFile()
+{
     if (data_)
         ::munmap(const_cast<char*>(data_), size_);
 }

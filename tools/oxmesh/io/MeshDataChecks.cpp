@@ -6,7 +6,8 @@
 
 namespace oxmesh {
 
-void checkWritable(const MeshData& mesh, const std::string& path, std::uint64_t maxIndex) {
+void checkWritable(const MeshData& mesh, const std::string& path, std::uint64_t maxIndex)
+{
     const auto fail = [&](const std::string& why) { throw InputError(path, "cannot write: " + why); };
     if (mesh.positions.size() % 3 != 0)
         fail("the position array does not hold whole x y z triples");

@@ -25,25 +25,31 @@ struct Format {
 };
 
 constexpr Format kFormats[] = {
-    {".ply", Reader::Ply},     {".obj", Reader::Obj},     {".off", Reader::Assimp}, {".stl", Reader::Assimp},
-    {".gltf", Reader::Assimp}, {".glb", Reader::Assimp},  {".fbx", Reader::Assimp}, {".3mf", Reader::Assimp},
-    {".dae", Reader::Assimp},  {".3ds", Reader::Assimp},  {".xyz", Reader::Xyz},    {".txt", Reader::Xyz},
+    {".ply", Reader::Ply},     {".obj", Reader::Obj},    {".off", Reader::Assimp}, {".stl", Reader::Assimp},
+    {".gltf", Reader::Assimp}, {".glb", Reader::Assimp}, {".fbx", Reader::Assimp}, {".3mf", Reader::Assimp},
+    {".dae", Reader::Assimp},  {".3ds", Reader::Assimp}, {".xyz", Reader::Xyz},    {".txt", Reader::Xyz},
 };
 
-std::string joined(const std::vector<std::string>& items) {
+std::string joined(const std::vector<std::string>& items)
+{
     std::string text;
-    for (const std::string& item : items) text += (text.empty() ? "" : " ") + item;
+    for (const std::string& item : items)
+        text += (text.empty() ? "" : " ") + item;
     return text;
 }
 
 /// Checks the path before any reader sees it and returns the reader for its extension.
-Reader checkInputPath(const std::string& path) {
+Reader checkInputPath(const std::string& path)
+{
     namespace fs = std::filesystem;
     std::error_code error;
     const fs::file_status status = fs::status(path, error);
-    if (status.type() == fs::file_type::not_found) throw InputError(path, "no such file");
-    if (error) throw InputError(path, "cannot open: " + error.message());
-    if (status.type() == fs::file_type::directory) throw InputError(path, "is a directory, not a file");
+    if (status.type() == fs::file_type::not_found)
+        throw InputError(path, "no such file");
+    if (error)
+        throw InputError(path, "cannot open: " + error.message());
+    if (status.type() == fs::file_type::directory)
+        throw InputError(path, "is a directory, not a file");
 
     const std::string extension = lowerCaseExtension(path);
     const Format* format = std::find_if(std::begin(kFormats), std::end(kFormats),
@@ -59,39 +65,49 @@ Reader checkInputPath(const std::string& path) {
 }
 
 /// Formats without a hierarchy: one root node holding the mesh.
-SceneData singleMeshScene(MeshData mesh) {
+SceneData singleMeshScene(MeshData mesh)
+{
     SceneData scene;
     scene.meshes.push_back(std::move(mesh));
     scene.root.meshes.push_back(0);
     return scene;
 }
 
-MeshData readSingleMesh(Reader reader, const std::string& path, const ProgressFn& progress) {
+MeshData readSingleMesh(Reader reader, const std::string& path, const ProgressFn& progress)
+{
     switch (reader) {
-        case Reader::Ply: return readPly(path, progress);
-        case Reader::Xyz: return readXyz(path, progress);
-        default: return readObj(path, progress);
+    case Reader::Ply:
+        return readPly(path, progress);
+    case Reader::Xyz:
+        return readXyz(path, progress);
+    default:
+        return readObj(path, progress);
     }
 }
 
 }  // namespace
 
-std::string lowerCaseExtension(const std::string& path) {
+std::string lowerCaseExtension(const std::string& path)
+{
     std::string extension = std::filesystem::path(path).extension().string();
-    for (char& c : extension) c = char(std::tolower(static_cast<unsigned char>(c)));
+    for (char& c : extension)
+        c = char(std::tolower(static_cast<unsigned char>(c)));
     return extension;
 }
 
-const std::vector<std::string>& supportedInputExtensions() {
+const std::vector<std::string>& supportedInputExtensions()
+{
     static const std::vector<std::string> extensions = [] {
         std::vector<std::string> list;
-        for (const Format& format : kFormats) list.push_back(format.extension);
+        for (const Format& format : kFormats)
+            list.push_back(format.extension);
         return list;
     }();
     return extensions;
 }
 
-MeshData readMesh(const std::string& path, const ProgressFn& progress) {
+MeshData readMesh(const std::string& path, const ProgressFn& progress)
+{
     const Reader reader = checkInputPath(path);
     MeshData mesh;
     if (reader == Reader::Assimp) {
@@ -104,17 +120,20 @@ MeshData readMesh(const std::string& path, const ProgressFn& progress) {
     return mesh;
 }
 
-SceneData readScene(const std::string& path, const ProgressFn& progress) {
+SceneData readScene(const std::string& path, const ProgressFn& progress)
+{
     const Reader reader = checkInputPath(path);
     SceneData scene = reader == Reader::Assimp ? readAssimpScene(path, progress)
                                                : singleMeshScene(readSingleMesh(reader, path, progress));
     bool anyVertex = false;
     for (const MeshData& mesh : scene.meshes) {
-        if (mesh.vertexCount() == 0) continue;  // an empty part of a scene is harmless
+        if (mesh.vertexCount() == 0)
+            continue;  // an empty part of a scene is harmless
         validateMesh(mesh, path);
         anyVertex = true;
     }
-    if (!anyVertex) throw InputError(path, "no vertices");
+    if (!anyVertex)
+        throw InputError(path, "no vertices");
     return scene;
 }
 

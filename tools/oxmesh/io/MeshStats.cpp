@@ -12,7 +12,8 @@
 namespace oxmesh {
 namespace {
 
-void computeBounds(const MeshData& mesh, MeshStats& stats) {
+void computeBounds(const MeshData& mesh, MeshStats& stats)
+{
     const std::size_t n = mesh.vertexCount();
     std::array<double, 3> lo{{INFINITY, INFINITY, INFINITY}}, hi{{-INFINITY, -INFINITY, -INFINITY}};
     for (std::size_t v = 0; v < n; ++v) {
@@ -26,15 +27,18 @@ void computeBounds(const MeshData& mesh, MeshStats& stats) {
             hi[k] = std::max(hi[k], double(p[k]));
         }
     }
-    if (stats.nonFiniteVertices == n) return;  // no finite vertex: leave the zero box
+    if (stats.nonFiniteVertices == n)
+        return;  // no finite vertex: leave the zero box
     stats.bboxMin = lo;
     stats.bboxMax = hi;
     const double dx = hi[0] - lo[0], dy = hi[1] - lo[1], dz = hi[2] - lo[2];
     stats.bboxDiagonal = std::sqrt(dx * dx + dy * dy + dz * dz);
 }
 
-void computeNormalStats(const MeshData& mesh, MeshStats& stats) {
-    if (mesh.normals.size() != mesh.positions.size()) return;
+void computeNormalStats(const MeshData& mesh, MeshStats& stats)
+{
+    if (mesh.normals.size() != mesh.positions.size())
+        return;
     for (std::size_t i = 0; i < mesh.normals.size(); i += 3) {
         const double x = mesh.normals[i], y = mesh.normals[i + 1], z = mesh.normals[i + 2];
         const double length = std::sqrt(x * x + y * y + z * z);
@@ -44,14 +48,16 @@ void computeNormalStats(const MeshData& mesh, MeshStats& stats) {
 }
 
 /// Zero-area count, area and signed volume over the fan triangles, in double precision.
-void computeTriangleMeasures(const MeshData& mesh, MeshStats& stats) {
+void computeTriangleMeasures(const MeshData& mesh, MeshStats& stats)
+{
     const double diagonal = std::max(stats.bboxDiagonal, 1e-30);
     const double zeroArea = 1e-14 * diagonal * diagonal;
     double area = 0.0, volume = 0.0;
     for (std::size_t t = 0; t < mesh.triangleCount(); ++t) {
         double p[3][3];
         for (int c = 0; c < 3; ++c)
-            for (int k = 0; k < 3; ++k) p[c][k] = mesh.positions[3 * std::size_t(mesh.triangles[3 * t + c]) + k];
+            for (int k = 0; k < 3; ++k)
+                p[c][k] = mesh.positions[3 * std::size_t(mesh.triangles[3 * t + c]) + k];
         const double e1[3] = {p[1][0] - p[0][0], p[1][1] - p[0][1], p[1][2] - p[0][2]};
         const double e2[3] = {p[2][0] - p[0][0], p[2][1] - p[0][1], p[2][2] - p[0][2]};
         const double cross[3] = {e1[1] * e2[2] - e1[2] * e2[1], e1[2] * e2[0] - e1[0] * e2[2],
@@ -68,11 +74,13 @@ void computeTriangleMeasures(const MeshData& mesh, MeshStats& stats) {
     stats.signedVolume = volume / 6.0;
 }
 
-bool hasRepeatedIndex(const std::uint32_t* begin, const std::uint32_t* end) {
+bool hasRepeatedIndex(const std::uint32_t* begin, const std::uint32_t* end)
+{
     if (end - begin <= 16) {
         for (const std::uint32_t* a = begin; a != end; ++a)
             for (const std::uint32_t* b = a + 1; b != end; ++b)
-                if (*a == *b) return true;
+                if (*a == *b)
+                    return true;
         return false;
     }
     std::vector<std::uint32_t> sorted(begin, end);
@@ -81,7 +89,8 @@ bool hasRepeatedIndex(const std::uint32_t* begin, const std::uint32_t* end) {
 }
 
 /// Sorts the small range of packed (other vertex << 32 | side) keys of one vertex.
-void sortBucket(std::uint64_t* begin, std::uint64_t* end) {
+void sortBucket(std::uint64_t* begin, std::uint64_t* end)
+{
     if (end - begin > 24) {
         std::sort(begin, end);
         return;
@@ -89,7 +98,8 @@ void sortBucket(std::uint64_t* begin, std::uint64_t* end) {
     for (std::uint64_t* i = begin + 1; i < end; ++i) {
         const std::uint64_t key = *i;
         std::uint64_t* j = i;
-        for (; j > begin && *(j - 1) > key; --j) *j = *(j - 1);
+        for (; j > begin && *(j - 1) > key; --j)
+            *j = *(j - 1);
         *j = key;
     }
 }
@@ -99,9 +109,11 @@ void sortBucket(std::uint64_t* begin, std::uint64_t* end) {
 class SideTopology {
 public:
     SideTopology(std::size_t vertexCount, const PolygonList& polygons)
-        : n_(vertexCount), polygons_(polygons), corners_(polygons.corners) {}
+        : n_(vertexCount), polygons_(polygons), corners_(polygons.corners)
+    {}
 
-    void compute(MeshStats& stats) {
+    void compute(MeshStats& stats)
+    {
         buildNextCorner();
         bucketSidesByLowerVertex();
         DisjointSets vertexSets(n_), boundarySets(n_), fans(corners_.size());
@@ -114,7 +126,8 @@ public:
             for (std::uint64_t* group = bucket; group != bucketEnd;) {
                 const std::uint32_t hi = std::uint32_t(*group >> 32);
                 std::uint64_t* groupEnd = group;
-                while (groupEnd != bucketEnd && std::uint32_t(*groupEnd >> 32) == hi) ++groupEnd;
+                while (groupEnd != bucketEnd && std::uint32_t(*groupEnd >> 32) == hi)
+                    ++groupEnd;
                 visitEdge(std::uint32_t(lo), hi, group, groupEnd, stats, fans);
                 vertexSets.unite(std::uint32_t(lo), hi);
                 if (groupEnd - group == 1) {
@@ -126,7 +139,8 @@ public:
         }
 
         std::vector<std::uint8_t> used(n_, 0);
-        for (std::uint32_t v : corners_) used[v] = 1;
+        for (std::uint32_t v : corners_)
+            used[v] = 1;
         std::size_t usedCount = 0;
         for (std::size_t v = 0; v < n_; ++v) {
             usedCount += used[v];
@@ -136,29 +150,35 @@ public:
         stats.unreferencedVertices = n_ - usedCount;
 
         std::vector<std::uint32_t> fansAtVertex(n_, 0);
-        for (std::size_t c = 0; c < corners_.size(); ++c) fansAtVertex[corners_[c]] += fans.isRoot(std::uint32_t(c));
-        for (std::size_t v = 0; v < n_; ++v) stats.nonManifoldVertices += fansAtVertex[v] > 1;
+        for (std::size_t c = 0; c < corners_.size(); ++c)
+            fansAtVertex[corners_[c]] += fans.isRoot(std::uint32_t(c));
+        for (std::size_t v = 0; v < n_; ++v)
+            stats.nonManifoldVertices += fansAtVertex[v] > 1;
 
         stats.eulerCharacteristic =
             (long long)usedCount - (long long)stats.edges + (long long)polygons_.polygonCount();
     }
 
 private:
-    void buildNextCorner() {
+    void buildNextCorner()
+    {
         next_.resize(corners_.size());
         for (std::size_t p = 0; p < polygons_.polygonCount(); ++p) {
             const std::uint32_t begin = polygons_.offsets[p], end = polygons_.offsets[p + 1];
-            for (std::uint32_t c = begin; c < end; ++c) next_[c] = c + 1 < end ? c + 1 : begin;
+            for (std::uint32_t c = begin; c < end; ++c)
+                next_[c] = c + 1 < end ? c + 1 : begin;
         }
     }
 
     /// Counting sort of the sides (side c runs from corner c to next_[c]) by their lower vertex;
     /// each entry packs the higher vertex above the side index.
-    void bucketSidesByLowerVertex() {
+    void bucketSidesByLowerVertex()
+    {
         bucketStart_.assign(n_ + 1, 0);
         for (std::size_t c = 0; c < corners_.size(); ++c)
             ++bucketStart_[std::min(corners_[c], corners_[next_[c]]) + 1];
-        for (std::size_t v = 0; v < n_; ++v) bucketStart_[v + 1] += bucketStart_[v];
+        for (std::size_t v = 0; v < n_; ++v)
+            bucketStart_[v + 1] += bucketStart_[v];
         std::vector<std::size_t> fill(bucketStart_.begin(), bucketStart_.end() - 1);
         keys_.resize(corners_.size());
         for (std::size_t c = 0; c < corners_.size(); ++c) {
@@ -168,8 +188,9 @@ private:
     }
 
     /// One undirected edge {lo, hi} and the polygon sides [group, groupEnd) lying on it.
-    void visitEdge(std::uint32_t lo, std::uint32_t hi, const std::uint64_t* group, const std::uint64_t* groupEnd,
-                   MeshStats& stats, DisjointSets& fans) {
+    void visitEdge(std::uint32_t lo, std::uint32_t hi, const std::uint64_t* group,
+                   const std::uint64_t* groupEnd, MeshStats& stats, DisjointSets& fans)
+    {
         const std::size_t sides = std::size_t(groupEnd - group);
         ++stats.edges;
         stats.boundaryEdges += sides == 1;
@@ -182,17 +203,24 @@ private:
             forward += corners_[c] == lo;
             // Corners around the same vertex that share this edge belong to one fan.
             for (std::uint32_t corner : {c, d}) {
-                if (corners_[corner] == lo) joinFan(cornerAtLo, corner, fans);
-                if (corners_[corner] == hi) joinFan(cornerAtHi, corner, fans);
+                if (corners_[corner] == lo)
+                    joinFan(cornerAtLo, corner, fans);
+                if (corners_[corner] == hi)
+                    joinFan(cornerAtHi, corner, fans);
             }
         }
-        if (lo == hi) stats.duplicatedHalfEdges += sides > 1;
-        else stats.duplicatedHalfEdges += (forward > 1) + (sides - forward > 1);
+        if (lo == hi)
+            stats.duplicatedHalfEdges += sides > 1;
+        else
+            stats.duplicatedHalfEdges += (forward > 1) + (sides - forward > 1);
     }
 
-    static void joinFan(std::int64_t& first, std::uint32_t corner, DisjointSets& fans) {
-        if (first < 0) first = corner;
-        else fans.unite(std::uint32_t(first), corner);
+    static void joinFan(std::int64_t& first, std::uint32_t corner, DisjointSets& fans)
+    {
+        if (first < 0)
+            first = corner;
+        else
+            fans.unite(std::uint32_t(first), corner);
     }
 
     std::size_t n_;
@@ -203,15 +231,18 @@ private:
     std::vector<std::uint64_t> keys_;
 };
 
-long long floorDivide(long long a, long long b) {
+long long floorDivide(long long a, long long b)
+{
     long long q = a / b;
-    if ((a % b != 0) && ((a < 0) != (b < 0))) --q;
+    if ((a % b != 0) && ((a < 0) != (b < 0)))
+        --q;
     return q;
 }
 
 }  // namespace
 
-MeshStats computeMeshStats(const MeshData& mesh) {
+MeshStats computeMeshStats(const MeshData& mesh)
+{
     MeshStats stats;
     stats.vertices = mesh.vertexCount();
     stats.triangles = mesh.triangleCount();
@@ -241,7 +272,8 @@ MeshStats computeMeshStats(const MeshData& mesh) {
     stats.manifold = stats.nonManifoldEdges == 0 && stats.nonManifoldVertices == 0;
     stats.oriented = stats.duplicatedHalfEdges == 0;
     stats.hasGenus = stats.closed && stats.manifold && stats.oriented;
-    if (stats.hasGenus) stats.genus = floorDivide(2 * (long long)stats.components - stats.eulerCharacteristic, 2);
+    if (stats.hasGenus)
+        stats.genus = floorDivide(2 * (long long)stats.components - stats.eulerCharacteristic, 2);
     return stats;
 }
 

@@ -8,28 +8,36 @@
 
 namespace oxmesh {
 
-const std::vector<std::string>& supportedOutputExtensions() {
+const std::vector<std::string>& supportedOutputExtensions()
+{
     static const std::vector<std::string> extensions{".ply", ".obj", ".xyz"};
     return extensions;
 }
 
-void checkOutputExtension(const std::string& path) {
+void checkOutputExtension(const std::string& path)
+{
     const std::string extension = lowerCaseExtension(path);
     for (const std::string& supported : supportedOutputExtensions())
-        if (extension == supported) return;
+        if (extension == supported)
+            return;
     std::string list;
-    for (const std::string& supported : supportedOutputExtensions()) list += (list.empty() ? "" : " ") + supported;
+    for (const std::string& supported : supportedOutputExtensions())
+        list += (list.empty() ? "" : " ") + supported;
     throw InputError(path, (extension.empty() ? std::string("no file extension")
                                               : "unknown output extension '" + extension + "'") +
                                " (supported: " + list + ")");
 }
 
-void writeMesh(const std::string& path, const MeshData& mesh, bool ascii) {
+void writeMesh(const std::string& path, const MeshData& mesh, bool ascii)
+{
     checkOutputExtension(path);
     const std::string extension = lowerCaseExtension(path);
-    if (extension == ".ply") writePly(path, mesh, !ascii);
-    else if (extension == ".obj") writeObj(path, mesh);
-    else writeXyz(path, mesh);
+    if (extension == ".ply")
+        writePly(path, mesh, !ascii);
+    else if (extension == ".obj")
+        writeObj(path, mesh);
+    else
+        writeXyz(path, mesh);
 }
 
 }  // namespace oxmesh

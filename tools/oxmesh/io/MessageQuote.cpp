@@ -2,7 +2,8 @@
 
 namespace oxmesh {
 
-std::string quoteForMessage(std::string_view text, std::size_t limit) {
+std::string quoteForMessage(std::string_view text, std::size_t limit)
+{
     std::string out = "'";
     for (std::size_t i = 0; i < text.size() && i < limit; ++i) {
         const unsigned char c = static_cast<unsigned char>(text[i]);

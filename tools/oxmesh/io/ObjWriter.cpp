@@ -18,24 +18,29 @@ public:
 
     void literal(const char* text) { text_ += text; }
 
-    void number(float value) {
+    void number(float value)
+    {
         char digits[32];
         const auto result = std::to_chars(digits, digits + sizeof digits, value);
         text_.append(digits, result.ptr);
     }
 
-    void number(std::uint64_t value) {
+    void number(std::uint64_t value)
+    {
         char digits[24];
         const auto result = std::to_chars(digits, digits + sizeof digits, value);
         text_.append(digits, result.ptr);
     }
 
-    void endLine() {
+    void endLine()
+    {
         text_ += '\n';
-        if (text_.size() >= kBlock) flush();
+        if (text_.size() >= kBlock)
+            flush();
     }
 
-    void flush() {
+    void flush()
+    {
         file_.write(text_);
         text_.clear();
     }
@@ -47,7 +52,8 @@ private:
 };
 
 void writeTriples(TextBlock& out, const char* tag, const std::vector<float>& values,
-                  const std::vector<float>* extra) {
+                  const std::vector<float>* extra)
+{
     for (std::size_t i = 0; i < values.size(); i += 3) {
         out.literal(tag);
         for (int k = 0; k < 3; ++k) {
@@ -64,7 +70,8 @@ void writeTriples(TextBlock& out, const char* tag, const std::vector<float>& val
 
 }  // namespace
 
-void writeObj(const std::string& path, const MeshData& mesh) {
+void writeObj(const std::string& path, const MeshData& mesh)
+{
     checkWritable(mesh, path, std::numeric_limits<std::uint32_t>::max());
     AtomicFile file(path);
     TextBlock out(file);

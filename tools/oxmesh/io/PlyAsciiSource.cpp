@@ -11,31 +11,60 @@
 namespace oxmesh::ply {
 namespace {
 
-const char* typeName(ScalarType type) {
+const char* typeName(ScalarType type)
+{
     switch (type) {
-        case ScalarType::Int8: return "char";
-        case ScalarType::UInt8: return "uchar";
-        case ScalarType::Int16: return "short";
-        case ScalarType::UInt16: return "ushort";
-        case ScalarType::Int32: return "int";
-        case ScalarType::UInt32: return "uint";
-        case ScalarType::Float32: return "float";
-        case ScalarType::Float64: return "double";
+    case ScalarType::Int8:
+        return "char";
+    case ScalarType::UInt8:
+        return "uchar";
+    case ScalarType::Int16:
+        return "short";
+    case ScalarType::UInt16:
+        return "ushort";
+    case ScalarType::Int32:
+        return "int";
+    case ScalarType::UInt32:
+        return "uint";
+    case ScalarType::Float32:
+        return "float";
+    case ScalarType::Float64:
+        return "double";
     }
     return "?";
 }
 
 // Range of the integer types, as the values a token may hold.
-void integerRange(ScalarType type, std::int64_t& lo, std::int64_t& hi) {
+void integerRange(ScalarType type, std::int64_t& lo, std::int64_t& hi)
+{
     switch (type) {
-        case ScalarType::Int8: lo = -128; hi = 127; return;
-        case ScalarType::UInt8: lo = 0; hi = 255; return;
-        case ScalarType::Int16: lo = -32768; hi = 32767; return;
-        case ScalarType::UInt16: lo = 0; hi = 65535; return;
-        case ScalarType::Int32: lo = INT32_MIN; hi = INT32_MAX; return;
-        case ScalarType::UInt32: lo = 0; hi = UINT32_MAX; return;
-        case ScalarType::Float32:
-        case ScalarType::Float64: break;
+    case ScalarType::Int8:
+        lo = -128;
+        hi = 127;
+        return;
+    case ScalarType::UInt8:
+        lo = 0;
+        hi = 255;
+        return;
+    case ScalarType::Int16:
+        lo = -32768;
+        hi = 32767;
+        return;
+    case ScalarType::UInt16:
+        lo = 0;
+        hi = 65535;
+        return;
+    case ScalarType::Int32:
+        lo = INT32_MIN;
+        hi = INT32_MAX;
+        return;
+    case ScalarType::UInt32:
+        lo = 0;
+        hi = UINT32_MAX;
+        return;
+    case ScalarType::Float32:
+    case ScalarType::Float64:
+        break;
     }
     lo = std::numeric_limits<std::int64_t>::min();
     hi = std::numeric_limits<std::int64_t>::max();
@@ -43,7 +72,8 @@ void integerRange(ScalarType type, std::int64_t& lo, std::int64_t& hi) {
 
 }  // namespace
 
-bool AsciiSource::beginRow() {
+bool AsciiSource::beginRow()
+{
     for (; pos_ < end_; ++pos_) {
         if (*pos_ == '\n')
             ++line_;
@@ -57,7 +87,8 @@ bool AsciiSource::beginRow() {
     return true;
 }
 
-void AsciiSource::endRow() {
+void AsciiSource::endRow()
+{
     while (pos_ < lineEnd_ && text::isBlank(*pos_))
         ++pos_;
     if (pos_ < lineEnd_) {
@@ -74,7 +105,8 @@ void AsciiSource::endRow() {
     }
 }
 
-void AsciiSource::finish() {
+void AsciiSource::finish()
+{
     for (; pos_ < end_; ++pos_) {
         if (*pos_ == '\n')
             ++line_;
@@ -83,7 +115,8 @@ void AsciiSource::finish() {
     }
 }
 
-AsciiSource::Token AsciiSource::nextToken() {
+AsciiSource::Token AsciiSource::nextToken()
+{
     while (pos_ < lineEnd_ && text::isBlank(*pos_))
         ++pos_;
     if (pos_ == lineEnd_) {
@@ -99,13 +132,15 @@ AsciiSource::Token AsciiSource::nextToken() {
     return token;
 }
 
-void AsciiSource::badToken(Token token, const char* why, ScalarType type) const {
+void AsciiSource::badToken(Token token, const char* why, ScalarType type) const
+{
     const std::string_view text(token.begin, static_cast<std::size_t>(token.end - token.begin));
     context_.fail("line " + std::to_string(line_) + ": " + quoteForMessage(text) + " " + why + " " +
                   typeName(type) + " (" + context_.where() + ")");
 }
 
-double AsciiSource::readNumber(ScalarType type) {
+double AsciiSource::readNumber(ScalarType type)
+{
     if (isIntegerType(type))
         return static_cast<double>(readInteger(type));
     const Token token = nextToken();
@@ -121,7 +156,8 @@ double AsciiSource::readNumber(ScalarType type) {
     return value;
 }
 
-std::int64_t AsciiSource::readInteger(ScalarType type) {
+std::int64_t AsciiSource::readInteger(ScalarType type)
+{
     const Token token = nextToken();
     std::int64_t value = 0;
     if (!text::parseInt(token.begin, token.end, value))
@@ -133,13 +169,15 @@ std::int64_t AsciiSource::readInteger(ScalarType type) {
     return value;
 }
 
-void AsciiSource::readList(std::uint64_t n, ScalarType type, std::vector<std::int64_t>& out) {
+void AsciiSource::readList(std::uint64_t n, ScalarType type, std::vector<std::int64_t>& out)
+{
     out.clear();
     for (std::uint64_t i = 0; i < n; ++i)
         out.push_back(readInteger(type));
 }
 
-void AsciiSource::skipList(std::uint64_t n, ScalarType type) {
+void AsciiSource::skipList(std::uint64_t n, ScalarType type)
+{
     for (std::uint64_t i = 0; i < n; ++i)
         readNumber(type);
 }

@@ -17,7 +17,8 @@ public:
     /// 1-based line number at `begin` (for messages).
     AsciiSource(const char* fileStart, const char* begin, const char* end, std::size_t firstLine,
                 RowContext& context)
-        : fileStart_(fileStart), pos_(begin), lineEnd_(begin), end_(end), line_(firstLine), context_(context) {}
+        : fileStart_(fileStart), pos_(begin), lineEnd_(begin), end_(end), line_(firstLine), context_(context)
+    {}
 
     std::size_t offset() const { return static_cast<std::size_t>(pos_ - fileStart_); }
     std::size_t remaining() const { return static_cast<std::size_t>(end_ - pos_); }
@@ -67,9 +68,9 @@ private:
 
     const char* fileStart_;
     const char* pos_;
-    const char* lineEnd_;   // end of the current row's line
+    const char* lineEnd_;  // end of the current row's line
     const char* end_;
-    std::size_t line_;      // 1-based number of the line at pos_
+    std::size_t line_;  // 1-based number of the line at pos_
     RowContext& context_;
 };
 

@@ -18,13 +18,15 @@ class BinarySource {
 public:
     /// Reads from [begin, end); `fileStart` is the start of the whole file (for offsets).
     BinarySource(const char* fileStart, const char* begin, const char* end, RowContext& context)
-        : fileStart_(fileStart), pos_(begin), end_(end), context_(context) {}
+        : fileStart_(fileStart), pos_(begin), end_(end), context_(context)
+    {}
 
     std::size_t offset() const { return static_cast<std::size_t>(pos_ - fileStart_); }
     std::size_t remaining() const { return static_cast<std::size_t>(end_ - pos_); }
 
     /// Smallest number of bytes any row of `element` occupies (lists of length zero).
-    static std::uint64_t minRowBytes(const Element& element) {
+    static std::uint64_t minRowBytes(const Element& element)
+    {
         std::uint64_t bytes = 0;
         for (const Property& p : element.properties)
             bytes += scalarSize(p.isList ? p.countType : p.type);
@@ -32,7 +34,8 @@ public:
     }
 
     /// True when every row of `element` has the same size (no lists).
-    static bool fixedRowSize(const Element& element) {
+    static bool fixedRowSize(const Element& element)
+    {
         for (const Property& p : element.properties)
             if (p.isList)
                 return false;
@@ -46,7 +49,8 @@ public:
     void finish() {}
 
     /// Skips `rows` rows of `rowBytes` bytes each in one step (fixed-size rows only).
-    void skipFixedRows(std::uint64_t rows, std::uint64_t rowBytes) {
+    void skipFixedRows(std::uint64_t rows, std::uint64_t rowBytes)
+    {
         if (rowBytes != 0 && rows > remaining() / rowBytes) {
             context_.row = remaining() / rowBytes;
             context_.truncated();
@@ -55,31 +59,48 @@ public:
     }
 
     /// One value of `type`, converted to double (exact for every PLY type).
-    double readNumber(ScalarType type) {
+    double readNumber(ScalarType type)
+    {
         switch (type) {
-            case ScalarType::Int8: return load<std::int8_t>();
-            case ScalarType::UInt8: return load<std::uint8_t>();
-            case ScalarType::Int16: return load<std::int16_t>();
-            case ScalarType::UInt16: return load<std::uint16_t>();
-            case ScalarType::Int32: return load<std::int32_t>();
-            case ScalarType::UInt32: return load<std::uint32_t>();
-            case ScalarType::Float32: return load<float>();
-            case ScalarType::Float64: return load<double>();
+        case ScalarType::Int8:
+            return load<std::int8_t>();
+        case ScalarType::UInt8:
+            return load<std::uint8_t>();
+        case ScalarType::Int16:
+            return load<std::int16_t>();
+        case ScalarType::UInt16:
+            return load<std::uint16_t>();
+        case ScalarType::Int32:
+            return load<std::int32_t>();
+        case ScalarType::UInt32:
+            return load<std::uint32_t>();
+        case ScalarType::Float32:
+            return load<float>();
+        case ScalarType::Float64:
+            return load<double>();
         }
         return 0.0;
     }
 
     /// One value of integer `type` (counts and indices).
-    std::int64_t readInteger(ScalarType type) {
+    std::int64_t readInteger(ScalarType type)
+    {
         switch (type) {
-            case ScalarType::Int8: return load<std::int8_t>();
-            case ScalarType::UInt8: return load<std::uint8_t>();
-            case ScalarType::Int16: return load<std::int16_t>();
-            case ScalarType::UInt16: return load<std::uint16_t>();
-            case ScalarType::Int32: return load<std::int32_t>();
-            case ScalarType::UInt32: return load<std::uint32_t>();
-            case ScalarType::Float32:
-            case ScalarType::Float64: break;  // the header check keeps these out
+        case ScalarType::Int8:
+            return load<std::int8_t>();
+        case ScalarType::UInt8:
+            return load<std::uint8_t>();
+        case ScalarType::Int16:
+            return load<std::int16_t>();
+        case ScalarType::UInt16:
+            return load<std::uint16_t>();
+        case ScalarType::Int32:
+            return load<std::int32_t>();
+        case ScalarType::UInt32:
+            return load<std::uint32_t>();
+        case ScalarType::Float32:
+        case ScalarType::Float64:
+            break;  // the header check keeps these out
         }
         return 0;
     }
@@ -87,24 +108,39 @@ public:
     void skip(ScalarType type) { advance(scalarSize(type)); }
 
     /// Reads `n` integer values of `type` into `out` (resized to n).
-    void readList(std::uint64_t n, ScalarType type, std::vector<std::int64_t>& out) {
+    void readList(std::uint64_t n, ScalarType type, std::vector<std::int64_t>& out)
+    {
         const std::size_t size = scalarSize(type);
         if (n > remaining() / size)
             context_.truncated();
         out.resize(static_cast<std::size_t>(n));
         switch (type) {
-            case ScalarType::Int8: loadArray<std::int8_t>(out); break;
-            case ScalarType::UInt8: loadArray<std::uint8_t>(out); break;
-            case ScalarType::Int16: loadArray<std::int16_t>(out); break;
-            case ScalarType::UInt16: loadArray<std::uint16_t>(out); break;
-            case ScalarType::Int32: loadArray<std::int32_t>(out); break;
-            case ScalarType::UInt32: loadArray<std::uint32_t>(out); break;
-            case ScalarType::Float32:
-            case ScalarType::Float64: break;  // the header check keeps these out
+        case ScalarType::Int8:
+            loadArray<std::int8_t>(out);
+            break;
+        case ScalarType::UInt8:
+            loadArray<std::uint8_t>(out);
+            break;
+        case ScalarType::Int16:
+            loadArray<std::int16_t>(out);
+            break;
+        case ScalarType::UInt16:
+            loadArray<std::uint16_t>(out);
+            break;
+        case ScalarType::Int32:
+            loadArray<std::int32_t>(out);
+            break;
+        case ScalarType::UInt32:
+            loadArray<std::uint32_t>(out);
+            break;
+        case ScalarType::Float32:
+        case ScalarType::Float64:
+            break;  // the header check keeps these out
         }
     }
 
-    void skipList(std::uint64_t n, ScalarType type) {
+    void skipList(std::uint64_t n, ScalarType type)
+    {
         const std::size_t size = scalarSize(type);
         if (n > remaining() / size)
             context_.truncated();
@@ -112,14 +148,16 @@ public:
     }
 
 private:
-    void advance(std::size_t bytes) {
+    void advance(std::size_t bytes)
+    {
         if (bytes > remaining())
             context_.truncated();
         pos_ += bytes;
     }
 
     template <class T>
-    static T decode(const char* p) {
+    static T decode(const char* p)
+    {
         unsigned char bytes[sizeof(T)];
         std::memcpy(bytes, p, sizeof(T));
         if constexpr (SwapBytes)
@@ -130,7 +168,8 @@ private:
     }
 
     template <class T>
-    T load() {
+    T load()
+    {
         if (sizeof(T) > remaining())
             context_.truncated();
         const T value = decode<T>(pos_);
@@ -139,7 +178,8 @@ private:
     }
 
     template <class T>
-    void loadArray(std::vector<std::int64_t>& out) {
+    void loadArray(std::vector<std::int64_t>& out)
+    {
         for (std::size_t i = 0; i < out.size(); ++i, pos_ += sizeof(T))
             out[i] = decode<T>(pos_);
     }

@@ -23,11 +23,14 @@ class BodyDecoder {
 public:
     BodyDecoder(const Header& header, const Layout& layout, Source& source, RowContext& context,
                 ProgressReporter& progress, MeshData& mesh)
-        : header_(header), layout_(layout), source_(source), context_(context), progress_(progress), mesh_(mesh) {}
+        : header_(header), layout_(layout), source_(source), context_(context), progress_(progress),
+          mesh_(mesh)
+    {}
 
     /// Decodes every element in file order, then checks what follows the last one.
     /// O(file size). Throws InputError on truncated or invalid data.
-    void run() {
+    void run()
+    {
         for (std::size_t e = 0; e < header_.elements.size(); ++e) {
             const Element& element = header_.elements[e];
             if (element.properties.empty() || element.count == 0)
@@ -38,10 +41,18 @@ public:
             checkFixedRows(element);
             const ElementLayout& plan = layout_.elements[e];
             switch (plan.kind) {
-                case ElementKind::Vertex: decodeVertices(element, plan); break;
-                case ElementKind::Face: decodeIndexLists(element, plan, false); break;
-                case ElementKind::Strips: decodeIndexLists(element, plan, true); break;
-                case ElementKind::Other: skipRows(element); break;
+            case ElementKind::Vertex:
+                decodeVertices(element, plan);
+                break;
+            case ElementKind::Face:
+                decodeIndexLists(element, plan, false);
+                break;
+            case ElementKind::Strips:
+                decodeIndexLists(element, plan, true);
+                break;
+            case ElementKind::Other:
+                skipRows(element);
+                break;
             }
         }
         source_.finish();
@@ -52,12 +63,14 @@ private:
     // Rows of `element` the rest of the data can hold at most: every row takes at
     // least minRowBytes (the last ASCII row may lack its line break). Allocations are
     // capped by this, so a huge declared count costs nothing before the data runs out.
-    std::uint64_t rowsThatFit(const Element& element) const {
+    std::uint64_t rowsThatFit(const Element& element) const
+    {
         return (source_.remaining() + 1) / Source::minRowBytes(element);
     }
 
     // Reports a truncation known in advance: rows of fixed size that do not all fit.
-    void checkFixedRows(const Element& element) {
+    void checkFixedRows(const Element& element)
+    {
         const std::uint64_t rowBytes = Source::minRowBytes(element);
         if (Source::fixedRowSize(element) && element.count > source_.remaining() / rowBytes) {
             context_.row = source_.remaining() / rowBytes;
@@ -65,14 +78,16 @@ private:
         }
     }
 
-    void startRow(std::uint64_t row) {
+    void startRow(std::uint64_t row)
+    {
         context_.row = row;
         progress_.at(source_.offset());
         if (!source_.beginRow())
             context_.truncated();
     }
 
-    std::uint64_t readCount(const Property& property) {
+    std::uint64_t readCount(const Property& property)
+    {
         const std::int64_t n = source_.readInteger(property.countType);
         if (n < 0)
             context_.fail(context_.where() + " has a negative list count (" + std::to_string(n) + ")");
@@ -80,14 +95,16 @@ private:
     }
 
     // Reads past one property the mesh does not use.
-    void skipProperty(const Property& property) {
+    void skipProperty(const Property& property)
+    {
         if (property.isList)
             source_.skipList(readCount(property), property.type);
         else
             source_.skip(property.type);
     }
 
-    void skipRows(const Element& element) {
+    void skipRows(const Element& element)
+    {
         if (Source::fixedRowSize(element)) {
             source_.skipFixedRows(element.count, Source::minRowBytes(element));
             return;
@@ -102,7 +119,8 @@ private:
 
     // Colours stored as integers are scaled to [0, 1] (rounded once, from the exact
     // quotient); floating-point ones are kept as they are.
-    static float colorValue(double value, ScalarType type) {
+    static float colorValue(double value, ScalarType type)
+    {
         if (type == ScalarType::UInt8)
             return narrowToFloat(value / 255.0);
         if (type == ScalarType::UInt16)
@@ -110,7 +128,8 @@ private:
         return narrowToFloat(value);
     }
 
-    void decodeVertices(const Element& element, const ElementLayout& plan) {
+    void decodeVertices(const Element& element, const ElementLayout& plan)
+    {
         const std::size_t reserve = static_cast<std::size_t>(std::min(element.count, rowsThatFit(element)));
         mesh_.positions.reserve(3 * reserve);
         if (layout_.hasNormals)
@@ -143,7 +162,8 @@ private:
     }
 
     // Checks one index against the vertex count; strips may also hold the restart -1.
-    void checkIndex(std::int64_t index, bool strips) const {
+    void checkIndex(std::int64_t index, bool strips) const
+    {
         if (index < 0) {
             if (strips && index == -1)
                 return;
@@ -151,18 +171,20 @@ private:
                           (strips ? " other than the strip restart -1" : ""));
         }
         if (static_cast<std::uint64_t>(index) >= layout_.vertexCount)
-            context_.fail(context_.where() + " refers to vertex " + std::to_string(index) + ", but there are " +
-                          std::to_string(layout_.vertexCount) + " vertices");
+            context_.fail(context_.where() + " refers to vertex " + std::to_string(index) +
+                          ", but there are " + std::to_string(layout_.vertexCount) + " vertices");
     }
 
-    void addTriangle(std::int64_t a, std::int64_t b, std::int64_t c) {
+    void addTriangle(std::int64_t a, std::int64_t b, std::int64_t c)
+    {
         mesh_.triangles.push_back(static_cast<std::uint32_t>(a));
         mesh_.triangles.push_back(static_cast<std::uint32_t>(b));
         mesh_.triangles.push_back(static_cast<std::uint32_t>(c));
     }
 
     // A polygon, triangulated as a fan around its first corner.
-    void addPolygon(const std::vector<std::int64_t>& corners) {
+    void addPolygon(const std::vector<std::int64_t>& corners)
+    {
         const std::size_t n = corners.size();
         for (std::size_t k = 1; k + 1 < n; ++k)
             addTriangle(corners[0], corners[k], corners[k + 1]);
@@ -177,7 +199,8 @@ private:
     // (v_k, v_k+1, v_k+2) for even k and (v_k+1, v_k, v_k+2) for odd k, which keeps
     // the winding consistent; triangles with a repeated corner only join strips and
     // are dropped.
-    void addStrips(const std::vector<std::int64_t>& indices) {
+    void addStrips(const std::vector<std::int64_t>& indices)
+    {
         std::size_t stripStart = 0;
         for (std::size_t i = 0; i < indices.size(); ++i) {
             if (indices[i] == -1) {
@@ -198,7 +221,8 @@ private:
         }
     }
 
-    void decodeIndexLists(const Element& element, const ElementLayout& plan, bool strips) {
+    void decodeIndexLists(const Element& element, const ElementLayout& plan, bool strips)
+    {
         if (!strips) {
             const std::uint64_t rows = std::min(element.count, rowsThatFit(element));
             mesh_.triangles.reserve(mesh_.triangles.size() + 3 * static_cast<std::size_t>(rows));
@@ -224,7 +248,8 @@ private:
         }
     }
 
-    void flushFaceSizes() {
+    void flushFaceSizes()
+    {
         for (std::size_t n = 0; n < smallFaceSizes_.size(); ++n)
             if (smallFaceSizes_[n] != 0)
                 mesh_.faceSizes[static_cast<unsigned>(n)] += smallFaceSizes_[n];
@@ -236,8 +261,8 @@ private:
     RowContext& context_;
     ProgressReporter& progress_;
     MeshData& mesh_;
-    std::vector<std::int64_t> corners_;                // indices of the current row's list
-    std::array<std::size_t, 16> smallFaceSizes_{};     // face size histogram for sizes < 16
+    std::vector<std::int64_t> corners_;             // indices of the current row's list
+    std::array<std::size_t, 16> smallFaceSizes_{};  // face size histogram for sizes < 16
 };
 
 }  // namespace oxmesh::ply

@@ -14,23 +14,24 @@ struct TypeName {
 };
 
 constexpr TypeName kTypeNames[] = {
-    {"char", ScalarType::Int8},     {"int8", ScalarType::Int8},       {"uchar", ScalarType::UInt8},
-    {"uint8", ScalarType::UInt8},   {"short", ScalarType::Int16},     {"int16", ScalarType::Int16},
-    {"ushort", ScalarType::UInt16}, {"uint16", ScalarType::UInt16},   {"int", ScalarType::Int32},
-    {"int32", ScalarType::Int32},   {"uint", ScalarType::UInt32},     {"uint32", ScalarType::UInt32},
-    {"float", ScalarType::Float32}, {"float32", ScalarType::Float32}, {"double", ScalarType::Float64},
+    {"char", ScalarType::Int8},       {"int8", ScalarType::Int8},       {"uchar", ScalarType::UInt8},
+    {"uint8", ScalarType::UInt8},     {"short", ScalarType::Int16},     {"int16", ScalarType::Int16},
+    {"ushort", ScalarType::UInt16},   {"uint16", ScalarType::UInt16},   {"int", ScalarType::Int32},
+    {"int32", ScalarType::Int32},     {"uint", ScalarType::UInt32},     {"uint32", ScalarType::UInt32},
+    {"float", ScalarType::Float32},   {"float32", ScalarType::Float32}, {"double", ScalarType::Float64},
     {"float64", ScalarType::Float64},
 };
 
 // A header line split into whitespace-separated tokens.
 struct HeaderLine {
     std::size_t number = 0;
-    std::string text;                    // without the line break
+    std::string text;  // without the line break
     std::vector<std::string> tokens;
     bool hasControlBytes = false;
 };
 
-HeaderLine splitLine(const char* begin, const char* end, std::size_t number) {
+HeaderLine splitLine(const char* begin, const char* end, std::size_t number)
+{
     HeaderLine line;
     line.number = number;
     if (end > begin && end[-1] == '\r')
@@ -56,9 +57,11 @@ HeaderLine splitLine(const char* begin, const char* end, std::size_t number) {
 class HeaderParser {
 public:
     HeaderParser(const char* data, std::size_t size, const std::string& name)
-        : data_(data), size_(size), name_(name) {}
+        : data_(data), size_(size), name_(name)
+    {}
 
-    Header parse() {
+    Header parse()
+    {
         if (size_ == 0)
             fail("empty file");
         checkMagic();
@@ -99,14 +102,16 @@ public:
 private:
     [[noreturn]] void fail(const std::string& problem) const { throw InputError(name_, problem); }
 
-    [[noreturn]] void malformed(const HeaderLine& line, const char* why = nullptr) const {
+    [[noreturn]] void malformed(const HeaderLine& line, const char* why = nullptr) const
+    {
         std::string problem = "malformed header line " + std::to_string(line.number);
         if (why)
             problem += std::string(" (") + why + ")";
         fail(problem + ": " + quoteForMessage(line.text, 60));
     }
 
-    void checkMagic() {
+    void checkMagic()
+    {
         const char* end = data_ + size_;
         const char* lineEnd = static_cast<const char*>(std::memchr(data_, '\n', size_));
         const char* textEnd = lineEnd ? lineEnd : end;
@@ -120,7 +125,8 @@ private:
         lineNumber_ = 1;
     }
 
-    HeaderLine nextLine() {
+    HeaderLine nextLine()
+    {
         const char* begin = data_ + pos_;
         const char* lineEnd = static_cast<const char*>(std::memchr(begin, '\n', size_ - pos_));
         if (!lineEnd)
@@ -129,7 +135,8 @@ private:
         return splitLine(begin, lineEnd, ++lineNumber_);
     }
 
-    void parseFormat(const HeaderLine& line) {
+    void parseFormat(const HeaderLine& line)
+    {
         if (line.tokens.size() != 3)
             malformed(line);
         const std::string& format = line.tokens[1];
@@ -147,7 +154,8 @@ private:
                  std::to_string(line.number));
     }
 
-    void parseElement(const HeaderLine& line) {
+    void parseElement(const HeaderLine& line)
+    {
         if (line.tokens.size() != 3)
             malformed(line);
         Element element;
@@ -157,7 +165,8 @@ private:
         header_.elements.push_back(std::move(element));
     }
 
-    std::uint64_t parseCount(const HeaderLine& line, const std::string& token) const {
+    std::uint64_t parseCount(const HeaderLine& line, const std::string& token) const
+    {
         if (!token.empty() && token[0] == '-')
             fail("negative element count " + quoteForMessage(token) + " on header line " +
                  std::to_string(line.number));
@@ -174,7 +183,8 @@ private:
         return count;
     }
 
-    ScalarType parseType(const HeaderLine& line, const std::string& token) const {
+    ScalarType parseType(const HeaderLine& line, const std::string& token) const
+    {
         ScalarType type;
         if (!scalarTypeFromName(token, type))
             fail("unknown property type " + quoteForMessage(token) + " on header line " +
@@ -182,7 +192,8 @@ private:
         return type;
     }
 
-    void parseProperty(const HeaderLine& line) {
+    void parseProperty(const HeaderLine& line)
+    {
         if (header_.elements.empty())
             malformed(line, "property before any element");
         Property property;
@@ -215,23 +226,32 @@ private:
 
 }  // namespace
 
-std::size_t scalarSize(ScalarType type) {
+std::size_t scalarSize(ScalarType type)
+{
     switch (type) {
-        case ScalarType::Int8:
-        case ScalarType::UInt8: return 1;
-        case ScalarType::Int16:
-        case ScalarType::UInt16: return 2;
-        case ScalarType::Int32:
-        case ScalarType::UInt32:
-        case ScalarType::Float32: return 4;
-        case ScalarType::Float64: return 8;
+    case ScalarType::Int8:
+    case ScalarType::UInt8:
+        return 1;
+    case ScalarType::Int16:
+    case ScalarType::UInt16:
+        return 2;
+    case ScalarType::Int32:
+    case ScalarType::UInt32:
+    case ScalarType::Float32:
+        return 4;
+    case ScalarType::Float64:
+        return 8;
     }
     return 0;
 }
 
-bool isIntegerType(ScalarType type) { return type != ScalarType::Float32 && type != ScalarType::Float64; }
+bool isIntegerType(ScalarType type)
+{
+    return type != ScalarType::Float32 && type != ScalarType::Float64;
+}
 
-bool scalarTypeFromName(const std::string& name, ScalarType& out) {
+bool scalarTypeFromName(const std::string& name, ScalarType& out)
+{
     for (const TypeName& entry : kTypeNames) {
         if (name == entry.name) {
             out = entry.type;
@@ -241,23 +261,29 @@ bool scalarTypeFromName(const std::string& name, ScalarType& out) {
     return false;
 }
 
-const char* encodingName(Encoding encoding) {
+const char* encodingName(Encoding encoding)
+{
     switch (encoding) {
-        case Encoding::Ascii: return "ascii";
-        case Encoding::BinaryLittleEndian: return "binary_little_endian";
-        case Encoding::BinaryBigEndian: return "binary_big_endian";
+    case Encoding::Ascii:
+        return "ascii";
+    case Encoding::BinaryLittleEndian:
+        return "binary_little_endian";
+    case Encoding::BinaryBigEndian:
+        return "binary_big_endian";
     }
     return "?";
 }
 
-int Element::find(const std::string& propertyName) const {
+int Element::find(const std::string& propertyName) const
+{
     for (std::size_t i = 0; i < properties.size(); ++i)
         if (properties[i].name == propertyName)
             return static_cast<int>(i);
     return -1;
 }
 
-Header parseHeader(const char* data, std::size_t size, const std::string& nameForErrors) {
+Header parseHeader(const char* data, std::size_t size, const std::string& nameForErrors)
+{
     return HeaderParser(data, size, nameForErrors).parse();
 }
 

@@ -28,16 +28,16 @@ const char* encodingName(Encoding encoding);
 
 struct Property {
     std::string name;
-    ScalarType type = ScalarType::Float32;       ///< value type (item type of a list)
+    ScalarType type = ScalarType::Float32;  ///< value type (item type of a list)
     bool isList = false;
-    ScalarType countType = ScalarType::UInt8;    ///< type of a list's length (integer)
+    ScalarType countType = ScalarType::UInt8;  ///< type of a list's length (integer)
 };
 
 struct Element {
     std::string name;
     std::uint64_t count = 0;
     std::vector<Property> properties;
-    std::size_t headerLine = 0;                  ///< 1-based line of its "element" line
+    std::size_t headerLine = 0;  ///< 1-based line of its "element" line
 
     /// Index of the property called `propertyName`, or -1.
     int find(const std::string& propertyName) const;
@@ -46,8 +46,8 @@ struct Element {
 struct Header {
     Encoding encoding = Encoding::Ascii;
     std::vector<Element> elements;
-    std::size_t bodyOffset = 0;                  ///< first byte after the end_header line
-    std::size_t lineCount = 0;                   ///< lines in the header, end_header included
+    std::size_t bodyOffset = 0;  ///< first byte after the end_header line
+    std::size_t lineCount = 0;   ///< lines in the header, end_header included
 };
 
 /// Parses the header at the start of `data` (size bytes). O(header size).

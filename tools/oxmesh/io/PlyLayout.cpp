@@ -8,18 +8,21 @@
 namespace oxmesh::ply {
 namespace {
 
-bool isTexCoordName(const std::string& name) {
-    static const char* const kNames[] = {"u", "v", "s", "t", "texture_u", "texture_v", "texture_s", "texture_t",
-                                         "texcoord"};
+bool isTexCoordName(const std::string& name)
+{
+    static const char* const kNames[] = {"u",         "v",         "s",         "t",       "texture_u",
+                                         "texture_v", "texture_s", "texture_t", "texcoord"};
     return std::any_of(std::begin(kNames), std::end(kNames), [&](const char* n) { return name == n; });
 }
 
 class LayoutPlanner {
 public:
     LayoutPlanner(const Header& header, MeshData& mesh, const std::string& name)
-        : header_(header), mesh_(mesh), name_(name) {}
+        : header_(header), mesh_(mesh), name_(name)
+    {}
 
-    Layout plan() {
+    Layout plan()
+    {
         layout_.elements.resize(header_.elements.size());
         const Element* vertex = nullptr;
         for (std::size_t i = 0; i < header_.elements.size(); ++i) {
@@ -46,14 +49,16 @@ private:
     [[noreturn]] void fail(const std::string& problem) const { throw InputError(name_, problem); }
 
     // Index of a scalar property called `name`, or -1 when absent or a list.
-    static int scalar(const Element& element, const char* name) {
+    static int scalar(const Element& element, const char* name)
+    {
         const int i = element.find(name);
         return i >= 0 && !element.properties[static_cast<std::size_t>(i)].isList ? i : -1;
     }
 
     // Gives the three roles to the named properties if all three are scalars.
     static bool assignGroup(const Element& element, ElementLayout& target, const char* const names[3],
-                            const Role roles[3]) {
+                            const Role roles[3])
+    {
         int index[3];
         for (int k = 0; k < 3; ++k)
             if ((index[k] = scalar(element, names[k])) < 0)
@@ -63,7 +68,8 @@ private:
         return true;
     }
 
-    void planVertices(const Element& element, ElementLayout& target) {
+    void planVertices(const Element& element, ElementLayout& target)
+    {
         target.kind = ElementKind::Vertex;
         static const char* const kPosition[3] = {"x", "y", "z"};
         static const char* const kNormal[3] = {"nx", "ny", "nz"};
@@ -88,7 +94,8 @@ private:
         }
     }
 
-    void planIndexList(const Element& element, ElementLayout& target, ElementKind kind, bool acceptSingular) {
+    void planIndexList(const Element& element, ElementLayout& target, ElementKind kind, bool acceptSingular)
+    {
         target.kind = kind;
         int list = element.find("vertex_indices");
         if (list < 0 && acceptSingular)
@@ -112,7 +119,8 @@ private:
 
 }  // namespace
 
-Layout planLayout(const Header& header, MeshData& mesh, const std::string& nameForErrors) {
+Layout planLayout(const Header& header, MeshData& mesh, const std::string& nameForErrors)
+{
     return LayoutPlanner(header, mesh, nameForErrors).plan();
 }
 

@@ -19,11 +19,11 @@ enum class Role : std::uint8_t { Skip, X, Y, Z, NX, NY, NZ, Red, Green, Blue, In
 
 struct ElementLayout {
     ElementKind kind = ElementKind::Other;
-    std::vector<Role> roles;   ///< one per property of the element
+    std::vector<Role> roles;  ///< one per property of the element
 };
 
 struct Layout {
-    std::vector<ElementLayout> elements;   ///< one per header element
+    std::vector<ElementLayout> elements;  ///< one per header element
     std::uint64_t vertexCount = 0;
     bool hasNormals = false;
     bool hasColors = false;

@@ -21,7 +21,8 @@ struct RowContext {
     [[noreturn]] void fail(const std::string& problem) const { throw InputError(*fileName, problem); }
 
     /// Raises the error for data that stops before the declared rows are complete.
-    [[noreturn]] void truncated() const {
+    [[noreturn]] void truncated() const
+    {
         fail("file ends inside " + where() + " of " + std::to_string(count));
     }
 };

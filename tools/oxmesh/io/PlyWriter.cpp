@@ -14,7 +14,8 @@
 namespace oxmesh {
 namespace {
 
-std::string makeHeader(const MeshData& mesh, bool binary) {
+std::string makeHeader(const MeshData& mesh, bool binary)
+{
     std::string h = "ply\nformat ";
     h += binary ? "binary_little_endian" : "ascii";
     h += " 1.0\ncomment written by oxmesh\n";
@@ -32,7 +33,8 @@ std::string makeHeader(const MeshData& mesh, bool binary) {
 }
 
 // A colour channel in [0, 1] as a byte; out-of-range values are clamped, NaN is 0.
-std::uint8_t colorByte(float c) {
+std::uint8_t colorByte(float c)
+{
     if (!(c > 0.0f))
         return 0;
     if (c >= 1.0f)
@@ -42,7 +44,8 @@ std::uint8_t colorByte(float c) {
 
 // Appends `value` to `out` in little-endian byte order.
 template <class T>
-void appendLittleEndian(std::string& out, T value) {
+void appendLittleEndian(std::string& out, T value)
+{
     unsigned char bytes[sizeof(T)];
     std::memcpy(bytes, &value, sizeof(T));
     if (!hostIsLittleEndian())
@@ -51,7 +54,8 @@ void appendLittleEndian(std::string& out, T value) {
 }
 
 template <class T>
-void appendInteger(std::string& out, T value) {
+void appendInteger(std::string& out, T value)
+{
     char buffer[16];
     const auto result = std::to_chars(buffer, buffer + sizeof(buffer), value);
     out.append(buffer, result.ptr);
@@ -63,7 +67,8 @@ class RowWriter {
 public:
     RowWriter(AtomicFile& file, bool binary) : file_(file), binary_(binary) {}
 
-    void vertex(const MeshData& mesh, std::size_t v) {
+    void vertex(const MeshData& mesh, std::size_t v)
+    {
         for (int k = 0; k < 3; ++k)
             real(mesh.positions[3 * v + k]);
         if (mesh.hasNormals())
@@ -75,14 +80,16 @@ public:
         endRow();
     }
 
-    void triangle(const MeshData& mesh, std::size_t t) {
+    void triangle(const MeshData& mesh, std::size_t t)
+    {
         byte(3);
         for (int k = 0; k < 3; ++k)
             index(static_cast<std::int32_t>(mesh.triangles[3 * t + k]));
         endRow();
     }
 
-    void finish() {
+    void finish()
+    {
         file_.write(rows_);
         rows_.clear();
     }
@@ -90,11 +97,13 @@ public:
 private:
     static constexpr std::size_t kBatch = 1 << 16;
 
-    void separate() {
+    void separate()
+    {
         if (!binary_ && !rows_.empty() && rows_.back() != '\n')
             rows_ += ' ';
     }
-    void real(float value) {
+    void real(float value)
+    {
         if (binary_) {
             appendLittleEndian(rows_, value);
         } else {
@@ -102,7 +111,8 @@ private:
             text::appendFloat(rows_, value);
         }
     }
-    void byte(std::uint8_t value) {
+    void byte(std::uint8_t value)
+    {
         if (binary_) {
             rows_ += static_cast<char>(value);
         } else {
@@ -110,7 +120,8 @@ private:
             appendInteger(rows_, value);
         }
     }
-    void index(std::int32_t value) {
+    void index(std::int32_t value)
+    {
         if (binary_) {
             appendLittleEndian(rows_, value);
         } else {
@@ -118,7 +129,8 @@ private:
             appendInteger(rows_, value);
         }
     }
-    void endRow() {
+    void endRow()
+    {
         if (!binary_)
             rows_ += '\n';
         if (rows_.size() >= kBatch)
@@ -132,7 +144,8 @@ private:
 
 }  // namespace
 
-void writePly(const std::string& path, const MeshData& mesh, bool binary) {
+void writePly(const std::string& path, const MeshData& mesh, bool binary)
+{
     checkWritable(mesh, path, static_cast<std::uint64_t>(std::numeric_limits<std::int32_t>::max()));
     AtomicFile file(path);
     file.write(makeHeader(mesh, binary));

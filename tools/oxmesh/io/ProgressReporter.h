@@ -11,20 +11,23 @@ namespace oxmesh {
 class ProgressReporter {
 public:
     /// Reports progress through `fn` (may be empty) for a buffer of `total` bytes.
-    ProgressReporter(const ProgressFn& fn, std::size_t total) : fn_(fn), total_(total) {
+    ProgressReporter(const ProgressFn& fn, std::size_t total) : fn_(fn), total_(total)
+    {
         if (!fn_ || total_ == 0)
             next_ = std::numeric_limits<std::size_t>::max();
     }
 
     /// Notes that the reader has reached byte `offset`. O(1); calls the callback only
     /// when another whole percent has been passed.
-    void at(std::size_t offset) {
+    void at(std::size_t offset)
+    {
         if (offset >= next_)
             emit(offset);
     }
 
     /// Reports completion (fraction 1) once, if a callback is set.
-    void finish() {
+    void finish()
+    {
         if (fn_ && !finished_) {
             finished_ = true;
             next_ = std::numeric_limits<std::size_t>::max();
@@ -33,7 +36,8 @@ public:
     }
 
 private:
-    void emit(std::size_t offset) {
+    void emit(std::size_t offset)
+    {
         const std::size_t percent = offset >= total_ ? 100 : offset * 100 / total_;
         if (percent >= 100) {
             finish();

@@ -45,18 +45,18 @@ using AwayFromPoints = std::function<bool(std::uint32_t v)>;
 
 /// What the clean-up did to one mesh.
 struct CleanupReport {
-    bool ran = false;                     ///< false: the mesh was closed and manifold (or empty)
-    std::size_t unsupportedTriangles = 0; ///< dropped: extrapolated, away from the points
-    std::size_t degenerateTriangles = 0;  ///< dropped: a vertex named twice
-    std::size_t nonManifoldTriangles = 0; ///< dropped: on an edge of more than two triangles
-    std::size_t pinchedVertices = 0;      ///< vertices split, one copy per extra fan
-    std::size_t addedVertexCopies = 0;    ///< vertices those splits added
-    std::size_t strayPieces = 0;          ///< pieces dropped as far smaller than the largest
-    std::size_t strayTriangles = 0;       ///< triangles of those pieces
-    std::size_t closedHoles = 0;          ///< boundary loops closed
-    std::size_t holeTriangles = 0;        ///< triangles added to close them
-    std::size_t openHoles = 0;            ///< boundary loops left open (longer than the limit)
-    std::size_t droppedVertices = 0;      ///< vertices no triangle used any more
+    bool ran = false;                      ///< false: the mesh was closed and manifold (or empty)
+    std::size_t unsupportedTriangles = 0;  ///< dropped: extrapolated, away from the points
+    std::size_t degenerateTriangles = 0;   ///< dropped: a vertex named twice
+    std::size_t nonManifoldTriangles = 0;  ///< dropped: on an edge of more than two triangles
+    std::size_t pinchedVertices = 0;       ///< vertices split, one copy per extra fan
+    std::size_t addedVertexCopies = 0;     ///< vertices those splits added
+    std::size_t strayPieces = 0;           ///< pieces dropped as far smaller than the largest
+    std::size_t strayTriangles = 0;        ///< triangles of those pieces
+    std::size_t closedHoles = 0;           ///< boundary loops closed
+    std::size_t holeTriangles = 0;         ///< triangles added to close them
+    std::size_t openHoles = 0;             ///< boundary loops left open (longer than the limit)
+    std::size_t droppedVertices = 0;       ///< vertices no triangle used any more
 };
 
 /// Repairs `mesh` in place as described at the top of this file. Positions, normals and

@@ -12,7 +12,8 @@ namespace oxmesh::text {
 namespace {
 
 // std::from_chars rejects a leading '+', which text files do use.
-const char* skipPlus(const char* begin, const char* end) {
+const char* skipPlus(const char* begin, const char* end)
+{
     if (end - begin >= 2 && begin[0] == '+' && begin[1] != '-' && begin[1] != '+')
         return begin + 1;
     return begin;
@@ -20,7 +21,8 @@ const char* skipPlus(const char* begin, const char* end) {
 
 // Slow path for magnitudes outside the double range: the C library saturates to
 // infinity or flushes to zero where std::from_chars only reports the overflow.
-bool parseOutOfRange(const char* begin, const char* end, double& out) {
+bool parseOutOfRange(const char* begin, const char* end, double& out)
+{
     const std::string copy(begin, end);
     char* stop = nullptr;
     out = std::strtod(copy.c_str(), &stop);
@@ -28,7 +30,8 @@ bool parseOutOfRange(const char* begin, const char* end, double& out) {
 }
 
 template <class T>
-bool parseReal(const char* begin, const char* end, T& out) {
+bool parseReal(const char* begin, const char* end, T& out)
+{
     begin = skipPlus(begin, end);
     if (begin == end)
         return false;
@@ -51,17 +54,25 @@ bool parseReal(const char* begin, const char* end, T& out) {
 
 }  // namespace
 
-bool parseFloat(const char* begin, const char* end, float& out) { return parseReal(begin, end, out); }
+bool parseFloat(const char* begin, const char* end, float& out)
+{
+    return parseReal(begin, end, out);
+}
 
-bool parseDouble(const char* begin, const char* end, double& out) { return parseReal(begin, end, out); }
+bool parseDouble(const char* begin, const char* end, double& out)
+{
+    return parseReal(begin, end, out);
+}
 
-void appendFloat(std::string& out, float value) {
+void appendFloat(std::string& out, float value)
+{
     char buffer[32];
     const auto result = std::to_chars(buffer, buffer + sizeof(buffer), value);
     out.append(buffer, result.ptr);
 }
 
-bool parseInt(const char* begin, const char* end, std::int64_t& out) {
+bool parseInt(const char* begin, const char* end, std::int64_t& out)
+{
     begin = skipPlus(begin, end);
     if (begin == end)
         return false;

@@ -8,7 +8,10 @@
 namespace oxmesh::text {
 
 /// True for the blanks that separate values on a line (not the line break).
-inline bool isBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\v' || c == '\f'; }
+inline bool isBlank(char c)
+{
+    return c == ' ' || c == '\t' || c == '\r' || c == '\v' || c == '\f';
+}
 
 /// Parses the whole token [begin, end) as a decimal floating-point number
 /// ("1.5", "-2e-3", "+4", "inf", "nan"). Values beyond the float range become

@@ -15,9 +15,11 @@ namespace {
 class XyzParser {
 public:
     XyzParser(const char* data, std::size_t size, const std::string& name, const ProgressFn& progress)
-        : data_(data), end_(data + size), name_(name), progress_(progress, size) {}
+        : data_(data), end_(data + size), name_(name), progress_(progress, size)
+    {}
 
-    MeshData parse() {
+    MeshData parse()
+    {
         progress_.at(0);
         if (data_ == end_)
             fail("empty file");
@@ -45,13 +47,15 @@ public:
 private:
     [[noreturn]] void fail(const std::string& problem) const { throw InputError(name_, problem); }
 
-    [[noreturn]] void failLine(std::size_t line, const std::string& problem) const {
+    [[noreturn]] void failLine(std::size_t line, const std::string& problem) const
+    {
         fail("line " + std::to_string(line) + ": " + problem);
     }
 
     // Splits a line into columns (blanks, or a comma with optional blanks around it,
     // separate them) and stores the point.
-    void parseLine(const char* p, const char* end, std::size_t line) {
+    void parseLine(const char* p, const char* end, std::size_t line)
+    {
         while (p < end && text::isBlank(*p))
             ++p;
         if (p == end || *p == '#')
@@ -88,17 +92,19 @@ private:
         addPoint(values, count, line);
     }
 
-    void addPoint(const float* values, std::size_t count, std::size_t line) {
+    void addPoint(const float* values, std::size_t count, std::size_t line)
+    {
         if (columns_ == 0) {
             if (count != 3 && count != 6)
-                failLine(line, "expected 3 or 6 columns (x y z or x y z nx ny nz), found " + std::to_string(count));
+                failLine(line,
+                         "expected 3 or 6 columns (x y z or x y z nx ny nz), found " + std::to_string(count));
             columns_ = count;
             firstLine_ = line;
             if (columns_ == 6)
                 mesh_.normals.reserve(3 * maxPoints_);
         } else if (count != columns_) {
-            failLine(line, std::to_string(count) + " columns, but line " + std::to_string(firstLine_) + " has " +
-                               std::to_string(columns_));
+            failLine(line, std::to_string(count) + " columns, but line " + std::to_string(firstLine_) +
+                               " has " + std::to_string(columns_));
         }
         mesh_.positions.insert(mesh_.positions.end(), values, values + 3);
         if (columns_ == 6)
@@ -110,19 +116,21 @@ private:
     const std::string& name_;
     ProgressReporter progress_;
     MeshData mesh_;
-    std::size_t maxPoints_ = 0;   // points the data can hold at most (for reserving)
-    std::size_t columns_ = 0;     // columns of the first point, 0 before it
-    std::size_t firstLine_ = 0;   // line of the first point
+    std::size_t maxPoints_ = 0;  // points the data can hold at most (for reserving)
+    std::size_t columns_ = 0;    // columns of the first point, 0 before it
+    std::size_t firstLine_ = 0;  // line of the first point
 };
 
 }  // namespace
 
 MeshData parseXyz(const char* data, std::size_t size, const std::string& nameForErrors,
-                  const ProgressFn& progress) {
+                  const ProgressFn& progress)
+{
     return XyzParser(data, size, nameForErrors, progress).parse();
 }
 
-MeshData readXyz(const std::string& path, const ProgressFn& progress) {
+MeshData readXyz(const std::string& path, const ProgressFn& progress)
+{
     const MappedFile file(path);
     return parseXyz(file.data(), file.size(), path, progress);
 }

@@ -8,7 +8,8 @@
 
 namespace oxmesh {
 
-void writeXyz(const std::string& path, const MeshData& mesh) {
+void writeXyz(const std::string& path, const MeshData& mesh)
+{
     checkWritable(mesh, path, std::numeric_limits<std::uint32_t>::max());
     AtomicFile file(path);
     constexpr std::size_t kBatch = 1 << 16;
