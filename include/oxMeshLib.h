@@ -40,6 +40,7 @@
 #include "oxAPSSSurface.h"
 #include "oxHashTbl.h"
 #include "oxMeshLibInit.h"
+#include "oxMeshLibTypes.h"
 #include "oxMeshLibVersion.h"
 #include "oxMeshProcessing.h"
 #include "oxMeshProperties.h"
