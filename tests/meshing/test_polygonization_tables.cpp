@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
-#include "mesh_checks.h"
 #include "oxSurfacePolygonizer.h"
+#include "support/Topology.h"
 
 using ox::oxSurfacePolygonizer;
 

@@ -16,16 +16,17 @@
 #include <memory>
 #include <tuple>
 
-#include "../surfaces/surface_test_clouds.h"
-#include "mesh_checks.h"
 #include "oxAPSSSurface.h"
 #include "oxRIMLSSurface.h"
 #include "oxRegularGridSurfaceMesher.h"
 #include "scenegraph/oxGeometry.h"
 #include "scenegraph/oxIndexBuffer.h"
 #include "scenegraph/oxVertexBuffer.h"
+#include "support/CaptureStdout.h"
+#include "support/Clouds.h"
+#include "support/Topology.h"
 
-using oxtest::V3;
+using oxtest::Vec3;
 
 namespace {
 
@@ -39,7 +40,7 @@ public:
     tAnalyticSurface(const ox::oxPointSetQuery* query, Shape shape, float a, float b)
         : ox::oxPointSetSurface(query), m_shape(shape), m_a(a), m_b(b)
     {}
-    float computePotential(const V3& x) const override
+    float computePotential(const Vec3& x) const override
     {
         ++evaluations[std::make_tuple(x.X(), x.Y(), x.Z())];
         switch (m_shape) {
@@ -55,8 +56,8 @@ public:
             return m_a;
         }
     }
-    V3 computeGradient(const V3&) override { return V3(); }
-    V3 projectOntoSurface(const V3& x, const V3*, unsigned int) const override { return x; }
+    Vec3 computeGradient(const Vec3&) override { return Vec3(); }
+    Vec3 projectOntoSurface(const Vec3& x, const Vec3*, unsigned int) const override { return x; }
     mutable std::map<std::tuple<float, float, float>, int> evaluations;
 
 private:
@@ -68,14 +69,14 @@ private:
 // pads the grid by several cells, as real point radii do: a point in the top cell layer
 // would see its clamped corners coincide.
 constexpr float kSize = 0.2f;
-std::unique_ptr<oxtest::tCloud> seedPoints(const std::vector<V3>& p)
+std::unique_ptr<oxtest::tCloud> seedPoints(const std::vector<Vec3>& p)
 {
-    return oxtest::makeCloud(p, std::vector<V3>(p.size(), V3(0.0f, 0.0f, 1.0f)), kSize);
+    return oxtest::makeCloud(p, std::vector<Vec3>(p.size(), Vec3(0.0f, 0.0f, 1.0f)), kSize);
 }
 
 struct tMeshResult {
     std::vector<unsigned> triangles;
-    std::vector<V3> vertices;
+    std::vector<Vec3> vertices;
     std::string output;
 };
 
@@ -83,36 +84,36 @@ tMeshResult mesh(const ox::oxPointSetSurface& surface, unsigned depth)
 {
     ox::oxRegularGridSurfaceMesher mesher(&surface);
     mesher.setDepth(depth);
-    ::testing::internal::CaptureStdout();
-    ox::oxPointer<ox::oxGeometry> geometry(mesher.computeMesh());
     tMeshResult r;
-    r.output = ::testing::internal::GetCapturedStdout();
+    ox::oxPointer<ox::oxGeometry> geometry;
+    r.output =
+        oxtest::capturedStdout([&] { geometry = ox::oxPointer<ox::oxGeometry>(mesher.computeMesh()); });
     const ox::oxIndexBuffer& ib = *geometry->GetIndexBuffer();
     const ox::oxVertexBuffer& vb = *geometry->GetVertexBuffer();
     for (int i = 0; i < ib.GetIndexQuantity(); ++i)
         r.triangles.push_back(ib[i]);
     for (int i = 0; i < vb.GetVertexQuantity(); ++i) {
         r.vertices.push_back(vb.Position3(i));
-        EXPECT_EQ(vb.Normal3(i), V3(0.0f, 0.0f, 0.0f)) << "normals are not written";
+        EXPECT_EQ(vb.Normal3(i), Vec3(0.0f, 0.0f, 0.0f)) << "normals are not written";
     }
     return r;
 }
 
 // The sphere of radius 0.5 at the origin as the analytic surface sees it, with a few
 // points on it (one is enough to seed; growth finds the rest).
-std::vector<V3> fewSpherePoints()
+std::vector<Vec3> fewSpherePoints()
 {
-    return {V3(0.5f, 0.0f, 0.0f), V3(-0.6f, -0.6f, -0.6f), V3(0.6f, 0.6f, 0.6f)};
+    return {Vec3(0.5f, 0.0f, 0.0f), Vec3(-0.6f, -0.6f, -0.6f), Vec3(0.6f, 0.6f, 0.6f)};
 }
 
-double cellSize(const std::vector<V3>& points, float pointSize, unsigned depth)
+double cellSize(const std::vector<Vec3>& points, float pointSize, unsigned depth)
 {
     float lo = 1e9f, hi = -1e9f;
     float extent = 0;
     for (int a = 0; a < 3; ++a) {
         lo = 1e9f;
         hi = -1e9f;
-        for (const V3& p : points) {
+        for (const Vec3& p : points) {
             lo = std::min(lo, p[a] - pointSize);
             hi = std::max(hi, p[a] + pointSize);
         }
@@ -135,7 +136,7 @@ TEST(RegularGridMesher, AnalyticSphereIsClosedOutwardAndExact)
     const double volume = oxtest::signedVolume(r.triangles, [&](unsigned v) { return r.vertices[v]; });
     EXPECT_NEAR(volume, 4.0 / 3.0 * M_PI * 0.125, 0.02) << "positive: triangles face outwards";
     const double cell = cellSize(fewSpherePoints(), kSize, kDepth);
-    for (const V3& v : r.vertices)
+    for (const Vec3& v : r.vertices)
         EXPECT_NEAR(v.Length(), 0.5f, 0.002 * cell);
     // Each grid corner, cell centre and bisection point is evaluated once.
     for (const auto& e : surface.evaluations)
@@ -151,7 +152,7 @@ TEST(RegularGridMesher, AnalyticSphereIsClosedOutwardAndExact)
 TEST(RegularGridMesher, AnalyticTorusHasGenusOne)
 {
     const float R = 0.55f, rr = 0.2f;
-    auto cloud = seedPoints({V3(R + rr, 0.0f, 0.0f), V3(-0.8f, -0.8f, 0.3f), V3(0.8f, 0.8f, -0.3f)});
+    auto cloud = seedPoints({Vec3(R + rr, 0.0f, 0.0f), Vec3(-0.8f, -0.8f, 0.3f), Vec3(0.8f, 0.8f, -0.3f)});
     const tAnalyticSurface surface(cloud->query.get(), tAnalyticSurface::TORUS, R, rr);
     const tMeshResult r = mesh(surface, kDepth);
     const oxtest::tTopology t = oxtest::checkTopology(r.triangles);
@@ -159,7 +160,7 @@ TEST(RegularGridMesher, AnalyticTorusHasGenusOne)
     EXPECT_EQ(t.euler, 0) << "genus 1";
     const double volume = oxtest::signedVolume(r.triangles, [&](unsigned v) { return r.vertices[v]; });
     EXPECT_NEAR(volume, 2.0 * M_PI * M_PI * R * rr * rr, 0.02);
-    for (const V3& v : r.vertices)
+    for (const Vec3& v : r.vertices)
         EXPECT_NEAR(oxtest::torusDistance(v, R, rr), 0.0f, 2e-4f);
 }
 
@@ -168,7 +169,8 @@ TEST(RegularGridMesher, CellsWithAnInfiniteCentreDoNotGrow)
     // Grid: the points' cube is [-0.8, 0.8]^3, 32 cells of 0.05 per axis, so the cells cut by
     // the plane x = b span [0.2, 0.25] with their centres at x = 0.225. Where the sphere is cut
     // off, the surface continues as a wall x = b between its negative inside and +infinity.
-    const std::vector<V3> points = {V3(-0.5f, 0.0f, 0.0f), V3(-0.6f, -0.6f, -0.6f), V3(0.6f, 0.6f, 0.6f)};
+    const std::vector<Vec3> points = {Vec3(-0.5f, 0.0f, 0.0f), Vec3(-0.6f, -0.6f, -0.6f),
+                                      Vec3(0.6f, 0.6f, 0.6f)};
     auto cloud = seedPoints(points);
     ASSERT_NEAR(cellSize(points, kSize, kDepth), 0.05, 1e-6);
 
@@ -225,7 +227,7 @@ double reconstruct(const oxtest::tCloud& cloud, const Distance& distance, long e
 {
     const Surface surface(cloud.query.get());
     const ox::oxVertexBuffer& pts = *cloud.query->getVertices();
-    std::vector<V3> p;
+    std::vector<Vec3> p;
     float size = 0;
     for (int i = 0; i < pts.GetVertexQuantity(); ++i) {
         p.push_back(pts.Position3(i));
@@ -238,7 +240,7 @@ double reconstruct(const oxtest::tCloud& cloud, const Distance& distance, long e
     EXPECT_GT(oxtest::signedVolume(r.triangles, [&](unsigned v) { return r.vertices[v]; }), 0.0);
     double worst = 0;
     const double cell = cellSize(p, 0.0f, kDepth);  // lower bound of the true cell size
-    for (const V3& v : r.vertices)
+    for (const Vec3& v : r.vertices)
         worst = std::max(worst, std::fabs(distance(v)) / cell);
     EXPECT_LT(worst, tolerance);
     return worst;
@@ -248,17 +250,19 @@ double reconstruct(const oxtest::tCloud& cloud, const Distance& distance, long e
 
 TEST(RegularGridMesher, SampledSphereAndTorusThroughBothSurfaces)
 {
-    auto sphere = oxtest::sphereCloud(6000, V3(0.0f, 0.0f, 0.0f), 0.5f);
-    auto sphereDistance = [](const V3& v) { return v.Length() - 0.5f; };
+    auto sphere = oxtest::sphereCloud(6000, Vec3(0.0f, 0.0f, 0.0f), 0.5f);
+    auto sphereDistance = [](const Vec3& v) { return v.Length() - 0.5f; };
     const float R = 0.6f, rr = 0.25f;
     auto torus = oxtest::torusCloud(160, 64, R, rr);
-    auto torusDistance = [&](const V3& v) { return oxtest::torusDistance(v, R, rr); };
+    auto torusDistance = [&](const Vec3& v) { return oxtest::torusDistance(v, R, rr); };
     const double apssSphere = reconstruct<ox::oxAPSSSurface>(*sphere, sphereDistance, 2, 0.02);
     const double apssTorus = reconstruct<ox::oxAPSSSurface>(*torus, torusDistance, 0, 0.01);
     const double rimlsSphere = reconstruct<ox::oxRIMLSSurface>(*sphere, sphereDistance, 2, 0.1);
     const double rimlsTorus = reconstruct<ox::oxRIMLSSurface>(*torus, torusDistance, 0, 0.1);
-    std::cout << "largest vertex error / cell: APSS sphere " << apssSphere << ", torus " << apssTorus
-              << "; RIMLS sphere " << rimlsSphere << ", torus " << rimlsTorus << std::endl;
+    RecordProperty("apss_sphere_error_per_cell", std::to_string(apssSphere));
+    RecordProperty("apss_torus_error_per_cell", std::to_string(apssTorus));
+    RecordProperty("rimls_sphere_error_per_cell", std::to_string(rimlsSphere));
+    RecordProperty("rimls_torus_error_per_cell", std::to_string(rimlsTorus));
 }
 
 namespace {
@@ -277,7 +281,7 @@ bool sphereClosedAt(unsigned depth, std::size_t* triangles = nullptr)
 // A small sphere far inside a large cube: cheap even at depth 10.
 std::size_t smallSphereTriangles(unsigned depth)
 {
-    auto cloud = seedPoints({V3(0.02f, 0.0f, 0.0f), V3(-1.0f, -1.0f, -1.0f), V3(1.0f, 1.0f, 1.0f)});
+    auto cloud = seedPoints({Vec3(0.02f, 0.0f, 0.0f), Vec3(-1.0f, -1.0f, -1.0f), Vec3(1.0f, 1.0f, 1.0f)});
     const tAnalyticSurface surface(cloud->query.get(), tAnalyticSurface::SPHERE, 0.02f, 0.0f);
     const tMeshResult r = mesh(surface, depth);
     if (!oxtest::checkTopology(r.triangles).closedAndOriented())

@@ -2,6 +2,7 @@
 
 #include "scenegraph/oxGeometry.h"
 #include "scenegraph/oxStandardMesh.h"
+#include "support/Topology.h"
 
 #include <gtest/gtest.h>
 
@@ -25,44 +26,16 @@ oxAttributes positionsAndNormals()
     return a;
 }
 
-/// Sum over triangles of det(a, b, c) / 6: the enclosed volume of a closed, outward mesh.
-double signedVolume(const oxTriMesh& mesh)
-{
-    const oxVertexBuffer& vb = *mesh.GetVertexBuffer();
-    double volume = 0.0;
-    for (int t = 0; t < mesh.GetTriangleQuantity(); ++t) {
-        int a = 0, b = 0, c = 0;
-        mesh.GetTriangle(t, a, b, c);
-        const Wm4::Vector3<double> pa(vb.Position3(a)), pb(vb.Position3(b)), pc(vb.Position3(c));
-        volume += pa.Dot(pb.Cross(pc)) / 6.0;
-    }
-    return volume;
-}
-
-/// Checks that every undirected edge is used by exactly two triangles, once in each direction
-/// (closed, consistently oriented), and returns the number of edges.
+/// Every undirected edge used by exactly two triangles, once in each direction (closed,
+/// consistently oriented); returns the number of edges.
 int checkClosedAndOriented(const oxTriMesh& mesh)
 {
-    std::map<std::pair<int, int>, int> directed;
-    for (int t = 0; t < mesh.GetTriangleQuantity(); ++t) {
-        int v[3];
-        EXPECT_TRUE(mesh.GetTriangle(t, v[0], v[1], v[2]));
-        for (int k = 0; k < 3; ++k) {
-            ++directed[{v[k], v[(k + 1) % 3]}];
-        }
-    }
-    int undirected = 0;
-    for (const auto& entry : directed) {
-        EXPECT_EQ(entry.second, 1) << "edge used twice in the same direction";
-        const auto reverse = directed.find({entry.first.second, entry.first.first});
-        EXPECT_TRUE(reverse != directed.end())
-            << "boundary edge " << entry.first.first << "-" << entry.first.second;
-        if (entry.first.first < entry.first.second) {
-            ++undirected;
-        }
-    }
-    return undirected;
+    const oxtest::tTopology topology = oxtest::checkTopology(mesh);
+    EXPECT_TRUE(topology.closedAndOriented()) << topology.badEdges << " bad edges";
+    return int(topology.edges);
 }
+
+using oxtest::signedVolume;
 
 TEST(SceneGraphStandardMesh, SphereIsClosedWithTheRightVolume)
 {

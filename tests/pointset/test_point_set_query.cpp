@@ -12,7 +12,7 @@
 using ox::oxPointer;
 using ox::oxPointSetQuery;
 using ox::oxVertexBuffer;
-using V3 = Wm4::Vector3<float>;
+using Vec3 = Wm4::Vector3<float>;
 
 namespace {
 
@@ -27,10 +27,10 @@ oxPointer<oxVertexBuffer> sphereCloud(unsigned n, bool colours, unsigned seed = 
     std::mt19937 rng(seed);
     std::normal_distribution<float> g;
     for (unsigned i = 0; i < n; ++i) {
-        V3 p(g(rng), g(rng), g(rng));
+        Vec3 p(g(rng), g(rng), g(rng));
         p.Normalize();
         vb->Normal3(int(i)) = p;
-        vb->Position3(int(i)) = p * 3.0f + V3(10.0f, -2.0f, 5.0f);
+        vb->Position3(int(i)) = p * 3.0f + Vec3(10.0f, -2.0f, 5.0f);
         if (colours)
             vb->Color3(0, int(i)) = Wm4::ColorRGB(0.5f, 0.5f, 0.5f);
     }
@@ -72,7 +72,7 @@ TEST(PointSetQuery, QueriesMatchExhaustiveSearch)
     std::mt19937 rng(5);
     std::uniform_real_distribution<float> u(-1.3f, 1.3f);
     for (int t = 0; t < 400; ++t) {
-        const V3 q(u(rng), u(rng), u(rng));
+        const Vec3 q(u(rng), u(rng), u(rng));
         const unsigned excluded = (t % 3 == 0) ? unsigned(rng() % n) : 0xFFFFFFFFu;
         float best = std::numeric_limits<float>::infinity();
         for (int j = 0; j < n; ++j)
@@ -88,7 +88,7 @@ TEST(PointSetQuery, QueriesMatchExhaustiveSearch)
         ASSERT_EQ(query.getNoPointsInSphere(q, radius), inside) << "query " << t;
     }
     // A point exactly on the sphere is not counted; the point itself at radius 0 neither.
-    const V3 p0 = vb.Position3(0), p1 = vb.Position3(1);
+    const Vec3 p0 = vb.Position3(0), p1 = vb.Position3(1);
     const float d01 = (p1 - p0).Length();
     const unsigned onSphere = query.getNoPointsInSphere(p0, d01);
     unsigned strictly = 0;
@@ -118,7 +118,7 @@ TEST(PointSetQuery, NearestVertexTiesAreDecidedInHierarchyOrder)
     std::mt19937 rng(9);
     std::uniform_real_distribution<float> u(-3.0f, 3.0f);
     for (int t = 0; t < 300; ++t) {
-        const V3 q(u(rng), u(rng), u(rng));
+        const Vec3 q(u(rng), u(rng), u(rng));
         float best = std::numeric_limits<float>::infinity();
         unsigned expected = 0;
         for (int j = 0; j < vb.GetVertexQuantity(); ++j) {
@@ -136,14 +136,14 @@ TEST(PointSetQuery, SinglePointEmptyBufferAndSharing)
     oxPointer<oxVertexBuffer> one = sphereCloud(1, false);
     oxPointSetQuery q1(one.get());
     q1.computePointRadii();
-    EXPECT_EQ(q1.getNearestVertex(V3(0, 0, 0), 0), 0u);
+    EXPECT_EQ(q1.getNearestVertex(Vec3(0, 0, 0), 0), 0u);
     EXPECT_TRUE(std::isnan(q1.getVertices()->PSize1(0))) << "a point without neighbours has radius 0/0";
     // Empty buffer: empty structures, zero answers.
     oxPointer<oxVertexBuffer> empty = sphereCloud(0, false);
     oxPointSetQuery q0(empty.get());
     q0.computePointRadii();
-    EXPECT_EQ(q0.getNearestVertex(V3(1, 2, 3), 0xFFFFFFFFu), 0u);
-    EXPECT_EQ(q0.getNoPointsInSphere(V3(1, 2, 3), 5.0f), 0u);
+    EXPECT_EQ(q0.getNearestVertex(Vec3(1, 2, 3), 0xFFFFFFFFu), 0u);
+    EXPECT_EQ(q0.getNoPointsInSphere(Vec3(1, 2, 3), 5.0f), 0u);
     // Copies share the buffer, the hierarchy and the graph.
     oxPointer<oxVertexBuffer> vb = sphereCloud(500, false);
     const int before = vb->GetReferences();

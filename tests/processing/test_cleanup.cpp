@@ -8,7 +8,7 @@
 #include <set>
 
 #include "oxMeshProcessing.h"
-#include "processing_test_support.h"
+#include "support/Shapes.h"
 
 using namespace oxtest;
 namespace mp = ox::oxMeshProcessing;
@@ -198,8 +198,7 @@ TEST(FlipEdges, ImprovesMinimumAngleWithoutBreakingTopology)
     mp::FlipEdges(*m);
     const Soup out = toSoup(*m);
     EXPECT_GT(smallestAngle(out), before);
-    for (const auto& e : edgeUses(out))
-        EXPECT_LE(e.second, 2);
+    EXPECT_EQ(checkTopology(out).nonManifoldEdges, 0u);
     for (std::size_t t = 0; t < out.t.size() / 3; ++t)
         EXPECT_GT(faceNormal(out, t).Z(), 0.0f);
     EXPECT_EQ(eulerCharacteristic(out), eulerCharacteristic(g));

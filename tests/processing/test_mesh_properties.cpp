@@ -6,7 +6,7 @@
 #include <cmath>
 
 #include "oxMeshProperties.h"
-#include "processing_test_support.h"
+#include "support/Shapes.h"
 
 using namespace oxtest;
 using ox::oxMeshProperties;

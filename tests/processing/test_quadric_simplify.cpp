@@ -9,7 +9,10 @@
 #include <sstream>
 
 #include "oxMeshProcessing.h"
-#include "processing_test_support.h"
+#include "support/CaptureStdout.h"
+#include "support/DataPaths.h"
+#include "support/MeshFiles.h"
+#include "support/Shapes.h"
 
 namespace {
 
@@ -21,58 +24,13 @@ std::string simplify(ox::oxTriMesh& m, unsigned target,
                      float maxError = std::numeric_limits<float>::infinity(),
                      mp::tEdgeCollapseReport* report = nullptr, const std::vector<bool>* locked = nullptr)
 {
-    std::ostringstream captured;
-    std::streambuf* old = std::cout.rdbuf(captured.rdbuf());
+    CaptureStdout captured;
     mp::tQuadricSimplifyOptions options;
     options.targetTriangleCount = target;
     options.maxError = maxError;
     options.lockedVertices = locked;
     mp::QuadricSimplify(m, options, nullptr, report);
-    std::cout.rdbuf(old);
-    return captured.str();
-}
-
-/// Cube [0, 1]^3 with every face an n x n grid, vertices shared along the edges, outward.
-Soup subdividedCube(unsigned n)
-{
-    Soup s;
-    std::map<std::tuple<unsigned, unsigned, unsigned>, unsigned> index;
-    auto vertex = [&](unsigned x, unsigned y, unsigned z) {
-        const auto key = std::make_tuple(x, y, z);
-        auto it = index.find(key);
-        if (it != index.end())
-            return it->second;
-        s.p.push_back(Vec3(float(x) / n, float(y) / n, float(z) / n));
-        return index[key] = unsigned(s.p.size() - 1);
-    };
-    // For each axis and side: grid coordinates (u, v) mapped to lattice points, wound outward.
-    for (int axis = 0; axis < 3; ++axis)
-        for (unsigned side = 0; side < 2; ++side)
-            for (unsigned i = 0; i < n; ++i)
-                for (unsigned j = 0; j < n; ++j) {
-                    unsigned q[4];
-                    const unsigned du[4] = {0, 1, 1, 0}, dv[4] = {0, 0, 1, 1};
-                    for (int k = 0; k < 4; ++k) {
-                        unsigned c[3];
-                        c[axis] = side * n;
-                        c[(axis + 1) % 3] = i + du[k];
-                        c[(axis + 2) % 3] = j + dv[k];
-                        q[k] = vertex(c[0], c[1], c[2]);
-                    }
-                    if (side == 1)
-                        s.t.insert(s.t.end(), {q[0], q[1], q[2], q[0], q[2], q[3]});
-                    else
-                        s.t.insert(s.t.end(), {q[0], q[2], q[1], q[0], q[3], q[2]});
-                }
-    return s;
-}
-
-double area(const Soup& s)
-{
-    double total = 0.0;
-    for (std::size_t t = 0; t < s.t.size() / 3; ++t)
-        total += 0.5 * faceNormal(s, t).Length();
-    return total;
+    return captured.text();
 }
 
 TEST(QuadricSimplify, SubdividedCubeReturnsToItsCorners)
@@ -161,7 +119,7 @@ TEST(QuadricSimplify, RealClosedMeshesReachSmallTargetsWithoutFlips)
 {
     for (const char* name : {"spot.obj", "fandisk.obj"}) {
         Soup mesh;
-        ASSERT_TRUE(readObj(bundledMesh(name), mesh)) << name;
+        ASSERT_TRUE(readObj(bundledData(std::string("meshes/") + name), mesh)) << name;
         expectNoFoldOver(mesh, expectClosedAtTarget(mesh, 0.02f), 1);
     }
 }
@@ -169,7 +127,7 @@ TEST(QuadricSimplify, RealClosedMeshesReachSmallTargetsWithoutFlips)
 TEST(QuadricSimplify, OpenMeshStaysManifoldWithItsTopology)
 {
     Soup woody;
-    ASSERT_TRUE(readObj(bundledMesh("woody.obj"), woody));
+    ASSERT_TRUE(readObj(bundledData("meshes/woody.obj"), woody));
     MeshPtr m = toMesh(woody);
     simplify(*m, unsigned(woody.t.size() / 3 / 10));
     const Soup out = toSoup(*m);

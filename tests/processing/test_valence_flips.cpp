@@ -7,7 +7,7 @@
 #include <set>
 
 #include "oxMeshProcessing.h"
-#include "processing_test_support.h"
+#include "support/Shapes.h"
 
 namespace {
 

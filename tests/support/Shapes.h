@@ -1,4 +1,5 @@
-// Mesh builders, readers and topology checks shared by the mesh-processing tests.
+// Analytic and hand-drawn triangle meshes for the tests, as plain soups (positions and three
+// indices per triangle) that convert to and from the scene graph's oxTriMesh.
 #pragma once
 
 #include <cmath>
@@ -8,6 +9,7 @@
 #include <iostream>
 #include <limits>
 #include <map>
+#include <tuple>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -15,7 +17,8 @@
 
 #include <gtest/gtest.h>
 
-#include "Wm4/Wm4Vector3.h"
+#include "support/Topology.h"
+#include "oxMeshLibTypes.h"
 #include "scenegraph/oxIndexBuffer.h"
 #include "scenegraph/oxPointer.h"
 #include "scenegraph/oxStandardMesh.h"
@@ -24,8 +27,8 @@
 
 namespace oxtest {
 
-typedef Wm4::Vector3<float> Vec3;
-typedef ox::oxPointer<ox::oxTriMesh> MeshPtr;
+using Vec3 = ox::Vec3;
+using MeshPtr = ox::oxPointer<ox::oxTriMesh>;
 
 /// A plain triangle soup: positions and three indices per triangle.
 struct Soup {
@@ -127,100 +130,26 @@ inline Soup cylinder(unsigned around, unsigned rings, float r, float height)
     return s;
 }
 
-/// Minimal OBJ reader: `v x y z` and `f i j k ...` (fan-triangulated, `i/...` forms accepted).
-inline bool readObj(const std::string& path, Soup& s)
+/// Topology of a soup's triangles (the one checker, support/Topology.h).
+inline tTopology checkTopology(const Soup& s)
 {
-    std::ifstream in(path);
-    if (!in)
-        return false;
-    std::string line;
-    while (std::getline(in, line)) {
-        std::istringstream ls(line);
-        std::string tag;
-        ls >> tag;
-        if (tag == "v") {
-            float x, y, z;
-            ls >> x >> y >> z;
-            s.p.push_back(Vec3(x, y, z));
-        } else if (tag == "f") {
-            std::vector<unsigned int> f;
-            std::string tok;
-            while (ls >> tok)
-                f.push_back(unsigned(std::stoi(tok.substr(0, tok.find('/'))) - 1));
-            for (std::size_t k = 2; k < f.size(); ++k)
-                s.t.insert(s.t.end(), {f[0], f[k - 1], f[k]});
-        }
-    }
-    return !s.t.empty();
+    return checkTopology(s.t);
 }
-
-/// Minimal binary little-endian PLY reader for `float x y z` vertices and a `face` list of
-/// (uchar count, int indices); other vertex properties must be absent.
-inline bool readFacePly(const std::string& path, Soup& s)
-{
-    std::ifstream in(path, std::ios::binary);
-    if (!in)
-        return false;
-    std::string line;
-    unsigned vertices = 0, faces = 0;
-    while (std::getline(in, line) && line != "end_header") {
-        std::istringstream ls(line);
-        std::string a, b;
-        ls >> a >> b;
-        if (a == "element" && b == "vertex")
-            ls >> vertices;
-        if (a == "element" && b == "face")
-            ls >> faces;
-    }
-    s.p.resize(vertices);
-    in.read(reinterpret_cast<char*>(s.p.data()), std::streamsize(vertices) * 12);
-    for (unsigned f = 0; f < faces && in; ++f) {
-        unsigned char count = 0;
-        in.read(reinterpret_cast<char*>(&count), 1);
-        std::vector<std::int32_t> idx(count);
-        in.read(reinterpret_cast<char*>(idx.data()), std::streamsize(count) * 4);
-        for (unsigned k = 2; k < count; ++k)
-            s.t.insert(s.t.end(), {unsigned(idx[0]), unsigned(idx[k - 1]), unsigned(idx[k])});
-    }
-    return bool(in);
-}
-
-/// Edge-use counts of a soup, keyed by (smaller, larger) vertex.
 inline std::map<std::pair<unsigned, unsigned>, int> edgeUses(const Soup& s)
 {
-    std::map<std::pair<unsigned, unsigned>, int> uses;
-    for (std::size_t i = 0; i < s.t.size(); i += 3)
-        for (int k = 0; k < 3; ++k) {
-            unsigned a = s.t[i + k], b = s.t[i + (k + 1) % 3];
-            ++uses[{std::min(a, b), std::max(a, b)}];
-        }
-    return uses;
+    return edgeUses(s.t);
 }
-
-/// Every edge in exactly two triangles, consistently oriented, no repeated corner.
 inline bool closedOrientedManifold(const Soup& s)
 {
-    std::map<std::pair<unsigned, unsigned>, int> directed;
-    for (std::size_t i = 0; i < s.t.size(); i += 3)
-        for (int k = 0; k < 3; ++k) {
-            const unsigned a = s.t[i + k], b = s.t[i + (k + 1) % 3];
-            if (a == b || ++directed[{a, b}] > 1)
-                return false;
-        }
-    for (const auto& d : directed)
-        if (directed.count({d.first.second, d.first.first}) == 0)
-            return false;
-    return true;
+    return checkTopology(s.t).closedAndOriented();
 }
-
-/// V - E + F over the vertices used by triangles.
 inline long eulerCharacteristic(const Soup& s)
 {
-    std::vector<char> used(s.p.size(), 0);
-    long v = 0;
-    for (unsigned i : s.t)
-        v += used[i] ? 0 : (used[i] = 1);
-    return v - long(edgeUses(s).size()) + long(s.t.size() / 3);
+    return checkTopology(s.t).euler;
+}
+inline double signedVolume(const Soup& s)
+{
+    return signedVolume(s.t, [&](unsigned i) { return s.p[i]; });
 }
 
 inline Vec3 faceNormal(const Soup& s, std::size_t tri)
@@ -279,13 +208,48 @@ inline void expectNoFoldOver(const Soup& input, const Soup& output, unsigned all
     EXPECT_LE(bad, allowed);
 }
 
-inline std::string sharedMesh(const char* name)
+/// Cube [0, 1]^3 with every face an n x n grid, vertices shared along the edges, outward.
+inline Soup subdividedCube(unsigned n)
 {
-    return std::string(OX_SHARED_DATA_DIR) + "/meshes/" + name;
+    Soup s;
+    std::map<std::tuple<unsigned, unsigned, unsigned>, unsigned> index;
+    auto vertex = [&](unsigned x, unsigned y, unsigned z) {
+        const auto key = std::make_tuple(x, y, z);
+        auto it = index.find(key);
+        if (it != index.end())
+            return it->second;
+        s.p.push_back(Vec3(float(x) / n, float(y) / n, float(z) / n));
+        return index[key] = unsigned(s.p.size() - 1);
+    };
+    // For each axis and side: grid coordinates (u, v) mapped to lattice points, wound outward.
+    for (int axis = 0; axis < 3; ++axis)
+        for (unsigned side = 0; side < 2; ++side)
+            for (unsigned i = 0; i < n; ++i)
+                for (unsigned j = 0; j < n; ++j) {
+                    unsigned q[4];
+                    const unsigned du[4] = {0, 1, 1, 0}, dv[4] = {0, 0, 1, 1};
+                    for (int k = 0; k < 4; ++k) {
+                        unsigned c[3];
+                        c[axis] = side * n;
+                        c[(axis + 1) % 3] = i + du[k];
+                        c[(axis + 2) % 3] = j + dv[k];
+                        q[k] = vertex(c[0], c[1], c[2]);
+                    }
+                    if (side == 1)
+                        s.t.insert(s.t.end(), {q[0], q[1], q[2], q[0], q[2], q[3]});
+                    else
+                        s.t.insert(s.t.end(), {q[0], q[2], q[1], q[0], q[3], q[2]});
+                }
+    return s;
 }
-inline std::string bundledMesh(const char* name)
+
+/// Total area of the triangles.
+inline double area(const Soup& s)
 {
-    return std::string(OX_TEST_DATA_DIR) + "/meshes/" + name;
+    double total = 0.0;
+    for (std::size_t t = 0; t < s.t.size() / 3; ++t)
+        total += 0.5 * faceNormal(s, t).Length();
+    return total;
 }
 
 }  // namespace oxtest

@@ -7,7 +7,7 @@
 #include "oxPointSetSurface.h"
 #include "oxRIMLSSurface.h"
 
-using V3 = Wm4::Vector3<float>;
+using Vec3 = Wm4::Vector3<float>;
 
 TEST(PointSetSurfaceWeights, KernelValues)
 {
@@ -33,17 +33,17 @@ namespace {
 class tTwoSlotSurface : public ox::oxPointSetSurface {
 public:
     tTwoSlotSurface() : ox::oxPointSetSurface(nullptr) {}
-    float computePotential(const V3& x) const override
+    float computePotential(const Vec3& x) const override
     {
         order = order * 10 + 1;
         return x.X() + 2.0f;
     }
-    V3 computeGradient(const V3& x) override
+    Vec3 computeGradient(const Vec3& x) override
     {
         order = order * 10 + 2;
-        return V3(1.0f, 2.0f, 3.0f) + x;
+        return Vec3(1.0f, 2.0f, 3.0f) + x;
     }
-    V3 projectOntoSurface(const V3& x, const V3*, unsigned int) const override { return x; }
+    Vec3 projectOntoSurface(const Vec3& x, const Vec3*, unsigned int) const override { return x; }
     mutable int order = 0;
 };
 
@@ -53,11 +53,11 @@ TEST(PointSetSurfaceBase, PotentialAndGradientDefaultUsesBothSlots)
 {
     tTwoSlotSurface surface;
     EXPECT_EQ(surface.getPointSet(), nullptr);
-    V3 g;
+    Vec3 g;
     const ox::oxPointSetSurface& asBase = surface;
-    const float f = asBase.computePotentialAndGradient(V3(3.0f, 1.0f, 0.0f), g);
+    const float f = asBase.computePotentialAndGradient(Vec3(3.0f, 1.0f, 0.0f), g);
     EXPECT_EQ(f, 5.0f);
-    EXPECT_EQ(g, V3(4.0f, 3.0f, 3.0f)) << "the gradient of slot 1, not normalised";
+    EXPECT_EQ(g, Vec3(4.0f, 3.0f, 3.0f)) << "the gradient of slot 1, not normalised";
     EXPECT_EQ(surface.order, 21) << "gradient first, then potential";
     tTwoSlotSurface copy = surface;
     EXPECT_EQ(copy.getPointSet(), surface.getPointSet());

@@ -6,15 +6,15 @@
 #include <limits>
 
 #include "oxRIMLSSurface.h"
-#include "surface_test_clouds.h"
+#include "support/Clouds.h"
 
 using ox::oxRIMLSSurface;
-using oxtest::V3;
+using oxtest::Vec3;
 
 namespace {
 
 // A square patch of the plane z = h with normal (0, 0, s).
-void addPlane(std::vector<V3>& p, std::vector<V3>& n, float h, float s)
+void addPlane(std::vector<Vec3>& p, std::vector<Vec3>& n, float h, float s)
 {
     for (int i = 0; i < 50; ++i)
         for (int j = 0; j < 50; ++j) {
@@ -27,25 +27,25 @@ void addPlane(std::vector<V3>& p, std::vector<V3>& n, float h, float s)
 
 TEST(RIMLSSurface, PlaneGivesSignedDistance)
 {
-    std::vector<V3> p, n;
+    std::vector<Vec3> p, n;
     addPlane(p, n, -0.1f, 1.0f);
     auto cloud = oxtest::makeCloud(p, n, 0.12f);
     const oxRIMLSSurface surface(cloud->query.get());
     EXPECT_EQ(surface.getNoIterations(), 4u);
     EXPECT_EQ(surface.getSigma(), 0.5f);
     for (float z : {-0.2f, -0.1f, -0.05f, 0.0f}) {
-        const V3 x(0.05f, 0.1f, z);
+        const Vec3 x(0.05f, 0.1f, z);
         EXPECT_NEAR(surface.computePotential(x), z + 0.1f, 1e-5f);
-        const V3 hint(0.0f, 0.0f, 1.0f);
+        const Vec3 hint(0.0f, 0.0f, 1.0f);
         const oxRIMLSSurface::oxAlgebraicPlane withHint = surface.fitPlane(x, &hint);
         EXPECT_NEAR(withHint.eval(x), z + 0.1f, 1e-5f) << "equal normals: the hint changes nothing";
         EXPECT_NEAR(withHint.getU123().Z(), 1.0f, 1e-5f);
-        V3 g;
+        Vec3 g;
         EXPECT_NEAR(surface.computePotentialAndGradient(x, g), z + 0.1f, 1e-5f);
         EXPECT_NEAR(g.Z(), 1.0f, 1e-6f);
         oxRIMLSSurface copy = surface;
         EXPECT_NEAR(copy.computeGradient(x).Z(), 1.0f, 1e-5f);
-        const V3 projected = surface.projectOntoSurface(x, nullptr, 1);
+        const Vec3 projected = surface.projectOntoSurface(x, nullptr, 1);
         EXPECT_NEAR(projected.Z(), -0.1f, 1e-5f);
         EXPECT_NEAR(projected.X(), 0.05f, 1e-6f) << "orthogonal projection";
         EXPECT_EQ(surface.projectOntoSurface(x, nullptr, 0), x);
@@ -53,13 +53,14 @@ TEST(RIMLSSurface, PlaneGivesSignedDistance)
     // Outside every support: +/-infinity by the nearest normal; projection along the
     // zero gradient throws the point away by -MAX_REAL on every axis.
     const float inf = std::numeric_limits<float>::infinity();
-    EXPECT_EQ(surface.computePotential(V3(0.0f, 0.0f, 0.5f)), inf);
-    EXPECT_EQ(surface.computePotential(V3(0.0f, 0.0f, -0.5f)), -inf);
-    const V3 thrown = surface.projectOntoSurface(V3(0.0f, 0.0f, 0.5f), nullptr, 1);
+    EXPECT_EQ(surface.computePotential(Vec3(0.0f, 0.0f, 0.5f)), inf);
+    EXPECT_EQ(surface.computePotential(Vec3(0.0f, 0.0f, -0.5f)), -inf);
+    const Vec3 thrown = surface.projectOntoSurface(Vec3(0.0f, 0.0f, 0.5f), nullptr, 1);
     EXPECT_LT(thrown.X(), -1e38f);
     EXPECT_LT(thrown.Y(), -1e38f);
-    const V3 hint(0.0f, 1.0f, 0.0f);
-    EXPECT_EQ(surface.fitPlane(V3(0.0f, 0.0f, 0.5f), &hint).getU123(), hint) << "fallback keeps the estimate";
+    const Vec3 hint(0.0f, 1.0f, 0.0f);
+    EXPECT_EQ(surface.fitPlane(Vec3(0.0f, 0.0f, 0.5f), &hint).getU123(), hint)
+        << "fallback keeps the estimate";
 }
 
 TEST(RIMLSSurface, ReweightingKeepsARightAngleEdgeSharp)
@@ -68,7 +69,7 @@ TEST(RIMLSSurface, ReweightingKeepsARightAngleEdgeSharp)
     // for z < 0. Near the edge the true signed distance to the solid's boundary is the
     // distance to the nearer face; the plain weighted mean (first pass, exhaustive here)
     // rounds the edge off, the re-weighted fit must stay closer to the sharp answer.
-    std::vector<V3> p, n;
+    std::vector<Vec3> p, n;
     for (int i = 0; i < 40; ++i)
         for (int j = 0; j < 60; ++j) {
             const float a = -0.02f * float(i) - 0.01f, b = -0.6f + 0.02f * float(j);
@@ -82,7 +83,7 @@ TEST(RIMLSSurface, ReweightingKeepsARightAngleEdgeSharp)
     const oxRIMLSSurface surface(cloud->query.get());
     double robustError = 0, plainError = 0;
     for (int t = 0; t < 20; ++t) {
-        const V3 x(-0.04f - 0.002f * float(t), 0.05f, 0.012f);  // above the top face, near the edge
+        const Vec3 x(-0.04f - 0.002f * float(t), 0.05f, 0.012f);  // above the top face, near the edge
         const float truth = x.Z();
         float w = 0, wf = 0;
         for (int j = 0; j < vb.GetVertexQuantity(); ++j) {

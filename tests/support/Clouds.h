@@ -10,13 +10,14 @@
 #include <vector>
 
 #include "oxPointSetProcessing.h"
+#include "oxMeshLibTypes.h"
 #include "oxPointSetQuery.h"
 #include "scenegraph/oxAttributes.h"
 #include "scenegraph/oxVertexBuffer.h"
 
 namespace oxtest {
 
-using V3 = Wm4::Vector3<float>;
+using Vec3 = ox::Vec3;
 
 struct tCloud {
     ox::oxPointer<ox::oxVertexBuffer> vertices;
@@ -27,7 +28,7 @@ struct tCloud {
 
 /// A ready query over the given oriented points. radius <= 0: radii from the 16-neighbour
 /// graph (factor 4); otherwise every point gets that support radius.
-inline std::unique_ptr<tCloud> makeCloud(const std::vector<V3>& positions, const std::vector<V3>& normals,
+inline std::unique_ptr<tCloud> makeCloud(const std::vector<Vec3>& positions, const std::vector<Vec3>& normals,
                                          float radius = 0.0f)
 {
     auto cloud = std::make_unique<tCloud>();
@@ -60,21 +61,21 @@ inline std::unique_ptr<tCloud> makeCloud(const std::vector<V3>& positions, const
 }
 
 /// Unit vector of a Fibonacci spiral, i of count: near-uniform directions on the sphere.
-inline V3 fibonacciDirection(unsigned i, unsigned count)
+inline Vec3 fibonacciDirection(unsigned i, unsigned count)
 {
     const float golden = 2.39996323f;
     const float z = 1.0f - 2.0f * (float(i) + 0.5f) / float(count);
     const float s = std::sqrt(std::max(0.0f, 1.0f - z * z));
-    return V3(s * std::cos(golden * float(i)), s * std::sin(golden * float(i)), z);
+    return Vec3(s * std::cos(golden * float(i)), s * std::sin(golden * float(i)), z);
 }
 
 /// `count` points on the sphere of `centre` and `radius`, outward normals.
-inline std::unique_ptr<tCloud> sphereCloud(unsigned count, const V3& centre, float radius,
+inline std::unique_ptr<tCloud> sphereCloud(unsigned count, const Vec3& centre, float radius,
                                            float support = 0.0f)
 {
-    std::vector<V3> p, n;
+    std::vector<Vec3> p, n;
     for (unsigned i = 0; i < count; ++i) {
-        const V3 d = fibonacciDirection(i, count);
+        const Vec3 d = fibonacciDirection(i, count);
         p.push_back(centre + d * radius);
         n.push_back(d);
     }
@@ -85,22 +86,22 @@ inline std::unique_ptr<tCloud> sphereCloud(unsigned count, const V3& centre, flo
 /// jittered u-v grid of nu x nv samples.
 inline std::unique_ptr<tCloud> torusCloud(unsigned nu, unsigned nv, float R, float r)
 {
-    std::vector<V3> p, n;
+    std::vector<Vec3> p, n;
     std::mt19937 rng(7);
     std::uniform_real_distribution<float> jitter(-0.25f, 0.25f);
     for (unsigned a = 0; a < nu; ++a)
         for (unsigned b = 0; b < nv; ++b) {
             const float u = 6.2831853f * (float(a) + jitter(rng)) / float(nu);
             const float v = 6.2831853f * (float(b) + jitter(rng)) / float(nv);
-            const V3 normal(std::cos(v) * std::cos(u), std::cos(v) * std::sin(u), std::sin(v));
-            p.push_back(V3(R * std::cos(u), R * std::sin(u), 0.0f) + normal * r);
+            const Vec3 normal(std::cos(v) * std::cos(u), std::cos(v) * std::sin(u), std::sin(v));
+            p.push_back(Vec3(R * std::cos(u), R * std::sin(u), 0.0f) + normal * r);
             n.push_back(normal);
         }
     return makeCloud(p, n);
 }
 
 /// Signed distance to that torus (positive outside).
-inline float torusDistance(const V3& x, float R, float r)
+inline float torusDistance(const Vec3& x, float R, float r)
 {
     const float q = std::sqrt(x.X() * x.X() + x.Y() * x.Y()) - R;
     return std::sqrt(q * q + x.Z() * x.Z()) - r;

@@ -13,11 +13,11 @@
 
 #include "oxAPSSSurface.h"
 #include "oxRIMLSSurface.h"
-#include "surface_test_clouds.h"
+#include "support/Clouds.h"
 
 using ox::oxAPSSSurface;
 using ox::oxRIMLSSurface;
-using oxtest::V3;
+using oxtest::Vec3;
 
 namespace {
 
@@ -26,7 +26,7 @@ bool sameBits(float a, float b)
     return std::memcmp(&a, &b, sizeof a) == 0;
 }
 
-::testing::AssertionResult sameBits(const V3& a, const V3& b)
+::testing::AssertionResult sameBits(const Vec3& a, const Vec3& b)
 {
     if (sameBits(a.X(), b.X()) && sameBits(a.Y(), b.Y()) && sameBits(a.Z(), b.Z()))
         return ::testing::AssertionSuccess();
@@ -36,11 +36,11 @@ bool sameBits(float a, float b)
 
 // Calls f(j, p, n, r, d2) for every point whose support strictly contains x, in index order.
 template <class F>
-unsigned int forEachSupportBruteForce(const ox::oxVertexBuffer& vb, const V3& x, F&& f)
+unsigned int forEachSupportBruteForce(const ox::oxVertexBuffer& vb, const Vec3& x, F&& f)
 {
     unsigned int count = 0;
     for (int j = 0; j < vb.GetVertexQuantity(); ++j) {
-        const V3& p = vb.Position3(j);
+        const Vec3& p = vb.Position3(j);
         const float dx = p.X() - x.X(), dy = p.Y() - x.Y(), dz = p.Z() - x.Z();
         const float d2 = dx * dx + dy * dy + dz * dz;
         const float r = vb.PSize1(j);
@@ -53,7 +53,7 @@ unsigned int forEachSupportBruteForce(const ox::oxVertexBuffer& vb, const V3& x,
 }
 
 // The nearest point's side by exhaustive search: -inf behind its normal, +inf in front.
-float nearestSideBruteForce(const ox::oxVertexBuffer& vb, const V3& x)
+float nearestSideBruteForce(const ox::oxVertexBuffer& vb, const Vec3& x)
 {
     int best = 0;
     for (int j = 1; j < vb.GetVertexQuantity(); ++j)
@@ -64,11 +64,11 @@ float nearestSideBruteForce(const ox::oxVertexBuffer& vb, const V3& x)
 }
 
 // The sphere fit from float sums accumulated in index order.
-oxAPSSSurface::oxAlgebraicSphere sphereBruteForce(const ox::oxVertexBuffer& vb, const V3& x)
+oxAPSSSurface::oxAlgebraicSphere sphereBruteForce(const ox::oxVertexBuffer& vb, const Vec3& x)
 {
     float w = 0.0f, wpp = 0.0f, wpn = 0.0f;
-    V3 wp, wn;
-    const unsigned int count = forEachSupportBruteForce(vb, x, [&](const V3& p, const V3& n, float wj) {
+    Vec3 wp, wn;
+    const unsigned int count = forEachSupportBruteForce(vb, x, [&](const Vec3& p, const Vec3& n, float wj) {
         w += wj;
         wp += p * wj;
         wpp += wj * p.SquaredLength();
@@ -76,30 +76,32 @@ oxAPSSSurface::oxAlgebraicSphere sphereBruteForce(const ox::oxVertexBuffer& vb, 
         wpn += wj * p.Dot(n);
     });
     if (count < 4)
-        return oxAPSSSurface::oxAlgebraicSphere(nearestSideBruteForce(vb, x), V3(), 0.0f);
+        return oxAPSSSurface::oxAlgebraicSphere(nearestSideBruteForce(vb, x), Vec3(), 0.0f);
     const float invW = 1.0f / w;
     const float u4 = 0.5f * (wpn - wp.Dot(wn) * invW) / (wpp - wp.Dot(wp) * invW);
-    const V3 u123 = (wn - wp * (2.0f * u4)) * invW;
+    const Vec3 u123 = (wn - wp * (2.0f * u4)) * invW;
     return oxAPSSSurface::oxAlgebraicSphere(-(u123.Dot(wp) + u4 * wpp) * invW, u123, u4);
 }
 
 // Four re-weighted passes (sigma 0.5) from float sums accumulated in index order.
-oxRIMLSSurface::oxAlgebraicPlane planeBruteForce(const ox::oxVertexBuffer& vb, const V3& x, const V3* hint)
+oxRIMLSSurface::oxAlgebraicPlane planeBruteForce(const ox::oxVertexBuffer& vb, const Vec3& x,
+                                                 const Vec3* hint)
 {
-    V3 g = hint ? *hint : V3();
+    Vec3 g = hint ? *hint : Vec3();
     float s = hint ? 0.5f : std::numeric_limits<float>::infinity();
     oxRIMLSSurface::oxAlgebraicPlane plane;
     for (int pass = 0; pass < 4; ++pass) {
         const float s2 = s * s;
         float w = 0.0f, negWnp = 0.0f;
-        V3 wn;
-        const unsigned int count = forEachSupportBruteForce(vb, x, [&](const V3& p, const V3& n, float wj) {
-            if (!std::isinf(s2))
-                wj *= oxRIMLSSurface::GaussianWeightFunction((n - g).SquaredLength(), s2);
-            w += wj;
-            wn += n * wj;
-            negWnp -= wj * n.Dot(p);
-        });
+        Vec3 wn;
+        const unsigned int count =
+            forEachSupportBruteForce(vb, x, [&](const Vec3& p, const Vec3& n, float wj) {
+                if (!std::isinf(s2))
+                    wj *= oxRIMLSSurface::GaussianWeightFunction((n - g).SquaredLength(), s2);
+                w += wj;
+                wn += n * wj;
+                negWnp -= wj * n.Dot(p);
+            });
         if (count < 4)
             return oxRIMLSSurface::oxAlgebraicPlane(nearestSideBruteForce(vb, x), g);
         const float inv = 1.0f / w;
@@ -111,7 +113,7 @@ oxRIMLSSurface::oxAlgebraicPlane planeBruteForce(const ox::oxVertexBuffer& vb, c
 }
 
 // Both surfaces on `query` against the brute force at x, with and without a hint.
-void expectFitsEqualBruteForce(const ox::oxPointSetQuery& query, const V3& x, const char* what)
+void expectFitsEqualBruteForce(const ox::oxPointSetQuery& query, const Vec3& x, const char* what)
 {
     const ox::oxVertexBuffer& vb = *query.getVertices();
     const oxAPSSSurface::oxAlgebraicSphere sphere = oxAPSSSurface(&query).fitSphere(x);
@@ -122,8 +124,8 @@ void expectFitsEqualBruteForce(const ox::oxPointSetQuery& query, const V3& x, co
     EXPECT_TRUE(sameBits(sphere.getU4(), sphereRef.getU4())) << what;
 
     const oxRIMLSSurface rimls(&query);
-    const V3 hint(0.3f, -0.2f, 0.9f);
-    for (const V3* h : {static_cast<const V3*>(nullptr), &hint}) {
+    const Vec3 hint(0.3f, -0.2f, 0.9f);
+    for (const Vec3* h : {static_cast<const Vec3*>(nullptr), &hint}) {
         const oxRIMLSSurface::oxAlgebraicPlane plane = rimls.fitPlane(x, h);
         const oxRIMLSSurface::oxAlgebraicPlane planeRef = planeBruteForce(vb, x, h);
         EXPECT_TRUE(sameBits(plane.getU0(), planeRef.getU0()))
@@ -136,10 +138,10 @@ void expectFitsEqualBruteForce(const ox::oxPointSetQuery& query, const V3& x, co
 std::unique_ptr<oxtest::tCloud> slabCloud(std::mt19937& rng)
 {
     std::uniform_real_distribution<float> u(-1.0f, 1.0f);
-    std::vector<V3> p, n;
+    std::vector<Vec3> p, n;
     for (int i = 0; i < 3000; ++i) {
         p.emplace_back(u(rng), u(rng), u(rng) * 0.2f + 0.1f * p.size() / 3000.0f);
-        V3 normal(u(rng) * 0.3f, u(rng) * 0.3f, 1.0f);
+        Vec3 normal(u(rng) * 0.3f, u(rng) * 0.3f, 1.0f);
         normal.Normalize();
         n.push_back(normal);
     }
@@ -160,7 +162,7 @@ TEST(SurfaceGathering, FitsEqualIndexOrderSumsBitForBit)
     for (int t = 0; t < 300; ++t) {
         // Mostly inside the slab, some well above or below it (fallback by the nearest point).
         const float z = t % 5 == 0 ? u(rng) * 0.8f : u(rng) * 0.25f;
-        const V3 x(u(rng), u(rng), z);
+        const Vec3 x(u(rng), u(rng), z);
         const unsigned int support =
             forEachSupportBruteForce(*cloud->query->getVertices(), x, [](auto&&...) {});
         far += support < 4;
@@ -177,10 +179,10 @@ TEST(SurfaceGathering, CrowdedNeighbourhoodsBeyondTheScratch)
     // exceeds the sphere's radius and near the centre every point of every sphere supports
     // the position: more points than the re-weighting keeps at hand. The fits must not
     // change.
-    std::vector<V3> p, n;
+    std::vector<Vec3> p, n;
     for (float radius : {0.1f, 0.15f, 0.225f})
         for (unsigned int i = 0; i < 150; ++i) {
-            const V3 d = oxtest::fibonacciDirection(i, 150);
+            const Vec3 d = oxtest::fibonacciDirection(i, 150);
             p.push_back(d * radius);
             n.push_back(d);
         }
@@ -189,7 +191,7 @@ TEST(SurfaceGathering, CrowdedNeighbourhoodsBeyondTheScratch)
     std::uniform_real_distribution<float> u(-0.01f, 0.01f);
     unsigned int crowded = 0;
     for (int t = 0; t < 60; ++t) {
-        const V3 x(u(rng), u(rng), u(rng));
+        const Vec3 x(u(rng), u(rng), u(rng));
         crowded += forEachSupportBruteForce(*cloud->query->getVertices(), x, [](auto&&...) {}) > 256;
         expectFitsEqualBruteForce(*cloud->query, x, "crowded");
     }
@@ -198,11 +200,11 @@ TEST(SurfaceGathering, CrowdedNeighbourhoodsBeyondTheScratch)
 
 TEST(SurfaceGathering, CopyIsTakenByComputePointRadiiAndShared)
 {
-    auto cloud = oxtest::sphereCloud(3000, V3(0.0f, 0.0f, 0.0f), 0.5f);
+    auto cloud = oxtest::sphereCloud(3000, Vec3(0.0f, 0.0f, 0.0f), 0.5f);
     ox::oxVertexBuffer& vb = *cloud->query->getVertices();
     const ox::oxPointSetQuery copy(*cloud->query);
     const oxAPSSSurface surface(cloud->query.get()), onCopy(&copy);
-    const V3 outside(0.55f, 0.0f, 0.0f);
+    const Vec3 outside(0.55f, 0.0f, 0.0f);
     const float before = surface.computePotential(outside);
     EXPECT_GT(before, 0.0f) << "outward normals: positive outside";
     EXPECT_TRUE(sameBits(onCopy.computePotential(outside), before));
