@@ -7,7 +7,7 @@
 #include <functional>
 #include <vector>
 
-#include "io/MeshData.h"
+#include "formats/MeshData.h"
 
 namespace oxbench {
 

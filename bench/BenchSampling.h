@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "io/MeshData.h"
+#include "formats/MeshData.h"
 
 namespace oxbench {
 

@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "io/MeshData.h"
+#include "formats/MeshData.h"
 
 namespace oxbench {
 

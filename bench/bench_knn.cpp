@@ -14,7 +14,7 @@
 
 #include "BenchReport.h"
 #include "BenchSampling.h"
-#include "io/MeshReader.h"
+#include "formats/MeshReader.h"
 #include "oxPointSetProcessing.h"
 
 namespace {

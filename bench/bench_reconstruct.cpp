@@ -19,6 +19,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -26,9 +27,12 @@
 #include "BenchReport.h"
 #include "BenchSampling.h"
 #include "CreaseEdges.h"
-#include "commands/Reconstruction.h"
-#include "io/MeshReader.h"
-#include "io/MeshStats.h"
+#include "formats/MeshReader.h"
+#include "formats/MeshView.h"
+#include "formats/SceneConversion.h"
+#include "oxPointSetQuery.h"
+#include "oxSurfaceReconstruction.h"
+#include "scenegraph/oxVertexBuffer.h"
 
 #ifdef OX_HAVE_OPEN3D
 #include <open3d/geometry/PointCloud.h>
@@ -55,6 +59,13 @@ struct Measured {
     oxmesh::MeshData mesh;
 };
 
+std::string seconds(double value)
+{
+    char text[32];
+    std::snprintf(text, sizeof text, "%.3f s", value);
+    return text;
+}
+
 std::string figure(double value)
 {
     char text[32];
@@ -70,7 +81,7 @@ std::string quality(const Input& input, const oxmesh::MeshData& mesh)
     const double diagonal = oxbench::boundingDiagonal(input.source);
     const oxbench::SurfaceDeviation all =
         oxbench::compareSurfaces(mesh, input.source, kQualitySamples, diagonal);
-    const oxmesh::MeshStats stats = oxmesh::computeMeshStats(mesh);
+    const ox::oxMeshProcessing::tMeshStatistics stats = oxmesh::statisticsOf(mesh);
     std::string text = "rms " + figure(all.rms) + " hausdorff " + figure(all.hausdorff) + " " +
                        (stats.closed ? "closed" : "open") + " " +
                        (stats.manifold ? "manifold" : "non-manifold");
@@ -88,18 +99,31 @@ std::string quality(const Input& input, const oxmesh::MeshData& mesh)
     return text;
 }
 
-Measured runOurs(const oxmesh::CloudQuery& query, double querySeconds, oxmesh::SurfaceKind kind,
-                 unsigned depth, bool raw)
+Measured runOurs(const ox::oxPointSetQuery& query, double querySeconds,
+                 ox::oxPointSetProcessing::tSurfaceKind kind, unsigned depth, bool raw)
 {
+    namespace pp = ox::oxPointSetProcessing;
     Measured m;
-    m.method = std::string(oxmesh::surfaceName(kind)) + (raw ? " raw" : "") + " d" + std::to_string(depth);
-    oxmesh::Reconstruction r = oxmesh::reconstructSurface(query, kind, depth, nullptr, nullptr, !raw);
-    m.seconds = querySeconds + r.stages.total() + r.finishSeconds + r.cleanupSeconds;
-    m.stages = "query " + oxmesh::formatSeconds(querySeconds) + ", " + oxmesh::describeStages(r);
-    const std::string cleanup = oxmesh::describeCleanup(r.cleanup);
-    if (!cleanup.empty())
-        m.stages += "; " + cleanup;
-    m.mesh = std::move(r.mesh);
+    m.method = std::string(kind == pp::tSurfaceKind::Apss ? "apss" : "rimls") + (raw ? " raw" : "") + " d" +
+               std::to_string(depth);
+    pp::tReconstructionOptions options;
+    options.surface = kind;
+    options.depth = depth;
+    options.repair = !raw;
+    pp::tReconstructionReport r;
+    const ox::oxPointer<ox::oxTriMesh> mesh = pp::ReconstructSurface(query, options, nullptr, &r);
+    m.seconds = querySeconds + r.meshing.totalSeconds() + r.finishSeconds + r.repairSeconds;
+    m.stages = "query " + seconds(querySeconds) + ", corner signs " + seconds(r.meshing.cornerSignSeconds) +
+               ", growth " + seconds(r.meshing.growthSeconds) + " (" + std::to_string(r.meshing.iterations) +
+               " iterations), bisection " + seconds(r.meshing.bisectionSeconds) + ", normals " +
+               seconds(r.finishSeconds) + (raw ? "" : ", clean-up " + seconds(r.repairSeconds));
+    if (r.repair.ran)
+        m.stages += "; repair: " + std::to_string(r.repair.unsupportedTriangles) + " trimmed, " +
+                    std::to_string(r.repair.pinchedVertices) + " pinched, " +
+                    std::to_string(r.repair.smallComponents) + " stray pieces, " +
+                    std::to_string(r.repair.holes.closed) + " holes closed, " +
+                    std::to_string(r.repair.holes.open) + " open";
+    m.mesh = oxmesh::fromTriMesh(*mesh);
     return m;
 }
 
@@ -126,7 +150,7 @@ Measured runPoisson(const oxmesh::MeshData& cloud, unsigned depth)
     for (const auto& t : mesh.triangles_)
         for (int i = 0; i < 3; ++i)
             m.mesh.triangles.push_back(std::uint32_t(t[i]));
-    m.stages = "total " + oxmesh::formatSeconds(m.seconds);
+    m.stages = "total " + seconds(m.seconds);
     return m;
 }
 #endif
@@ -146,13 +170,15 @@ bool load(Input& input, const std::string& cloudPath, const std::string& sourceP
 
 void run(const Input& input, unsigned depth, bool raw)
 {
+    namespace pp = ox::oxPointSetProcessing;
+    const ox::oxPointer<ox::oxVertexBuffer> cloud(oxmesh::toVertexBuffer(input.cloud));
     const double start = oxbench::now();
-    const oxmesh::CloudQuery query(input.cloud);
+    const std::unique_ptr<ox::oxPointSetQuery> query = pp::BuildReconstructionQuery(*cloud);
     const double querySeconds = oxbench::now() - start;
 
     std::vector<Measured> ours;
-    for (const oxmesh::SurfaceKind kind : {oxmesh::SurfaceKind::Apss, oxmesh::SurfaceKind::Rimls})
-        ours.push_back(runOurs(query, querySeconds, kind, depth, raw));
+    for (const pp::tSurfaceKind kind : {pp::tSurfaceKind::Apss, pp::tSurfaceKind::Rimls})
+        ours.push_back(runOurs(*query, querySeconds, kind, depth, raw));
 #ifdef OX_HAVE_OPEN3D
     const Measured peer = runPoisson(input.cloud, depth);
     const std::string peerQuality = quality(input, peer.mesh);

@@ -22,11 +22,11 @@
 #include "BenchDistance.h"
 #include "BenchReport.h"
 #include "BenchSampling.h"
-#include "commands/Simplification.h"
-#include "io/MeshReader.h"
-#include "io/MeshStats.h"
-#include "io/SceneConversion.h"
-#include "io/Weld.h"
+#include "formats/MeshReader.h"
+#include "formats/MeshView.h"
+#include "formats/SceneConversion.h"
+#include "formats/Weld.h"
+#include "oxMeshProcessing.h"
 #include "scenegraph/oxPointer.h"
 
 #ifdef OX_BENCH_HAVE_CGAL
@@ -55,18 +55,22 @@ MeshData trianglesOnly(const MeshData& input)
     return mesh;
 }
 
-/// Ours as `oxmesh simplify --method ...` runs it.
-Run runOurs(const MeshData& input, unsigned target, oxmesh::SimplifyMethod method)
+/// Ours as `oxmesh simplify --method quadric|generic` runs it, through the library.
+Run runOurs(const MeshData& input, unsigned target, bool generic)
 {
     const ox::oxPointer<ox::oxGeometry> geometry(oxmesh::toGeometry(input));
-    oxmesh::SimplifyRequest request;
-    request.method = method;
-    request.targetTriangles = target;
     const double t0 = oxbench::now();
-    oxmesh::simplifyMesh(*geometry, request);
+    if (generic) {
+        ox::oxMeshProcessing::tCollapsePassesOptions options;
+        options.targetTriangleCount = target;
+        ox::oxMeshProcessing::GenericEdgeCollapseInPasses(*geometry, options);
+    } else {
+        ox::oxMeshProcessing::tQuadricSimplifyOptions options;
+        options.targetTriangleCount = target;
+        ox::oxMeshProcessing::QuadricSimplify(*geometry, options);
+    }
     const double t1 = oxbench::now();
-    return Run{method == oxmesh::SimplifyMethod::Quadric ? "ours" : "ours-generic", t1 - t0,
-               oxmesh::fromTriMesh(*geometry)};
+    return Run{generic ? "ours-generic" : "ours", t1 - t0, oxmesh::fromTriMesh(*geometry)};
 }
 
 Run runMeshoptimizer(const MeshData& input, unsigned target)
@@ -129,10 +133,10 @@ bool takeFlag(std::vector<std::string>& args, const char* flag)
 }
 
 /// One line of the quality table.
-std::string quality(const MeshData& input, const oxmesh::MeshStats& inputStats, const Run& run,
-                    unsigned target)
+std::string quality(const MeshData& input, const ox::oxMeshProcessing::tMeshStatistics& inputStats,
+                    const Run& run, unsigned target)
 {
-    const oxmesh::MeshStats stats = oxmesh::computeMeshStats(run.mesh);
+    const ox::oxMeshProcessing::tMeshStatistics stats = oxmesh::statisticsOf(run.mesh);
     const oxbench::SurfaceDeviation deviation = oxbench::surfaceDeviation(input, run.mesh);
     char line[256];
     std::snprintf(
@@ -148,7 +152,7 @@ void benchmark(const std::string& path, bool withGeneric)
     MeshData input = trianglesOnly(oxmesh::readMesh(path));
     oxmesh::weldByPosition(input);
     const std::string name = path.substr(path.find_last_of('/') + 1);
-    const oxmesh::MeshStats inputStats = oxmesh::computeMeshStats(input);
+    const ox::oxMeshProcessing::tMeshStatistics inputStats = oxmesh::statisticsOf(input);
     const unsigned triangles = unsigned(input.triangleCount());
     std::printf("\n%s: %u triangles, %s, %s, Euler characteristic %lld\n", name.c_str(), triangles,
                 inputStats.closed ? "closed" : "open", inputStats.manifold ? "manifold" : "not manifold",
@@ -157,8 +161,7 @@ void benchmark(const std::string& path, bool withGeneric)
                 "Mtri/s", "achieved/target", "man", "cls", "euler", "flip", "hausdorff", "rms");
     for (const double ratio : {0.1, 0.01}) {
         const unsigned target = unsigned(std::lround(ratio * triangles));
-        std::vector<Run> runs{runOurs(input, target, oxmesh::SimplifyMethod::Quadric),
-                              runMeshoptimizer(input, target)};
+        std::vector<Run> runs{runOurs(input, target, false), runMeshoptimizer(input, target)};
 #ifdef OX_BENCH_HAVE_CGAL
         if (withCgal)
             runs.push_back(runCgal(input, target));
@@ -171,7 +174,7 @@ void benchmark(const std::string& path, bool withGeneric)
                         run.seconds, q.c_str());
         }
         if (withGeneric)
-            runs.push_back(runOurs(input, target, oxmesh::SimplifyMethod::Generic));
+            runs.push_back(runOurs(input, target, true));
         for (std::size_t peer = 1; peer < runs.size(); ++peer)
             oxbench::report("simplify " + std::to_string(int(100 * ratio)) + "%", name, triangles,
                             runs[0].seconds, runs[peer].method, runs[peer].seconds, "see table");

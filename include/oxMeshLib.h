@@ -50,3 +50,4 @@
 #include "oxRIMLSSurface.h"
 #include "oxRegularGridSurfaceMesher.h"
 #include "oxSurfacePolygonizer.h"
+#include "oxSurfaceReconstruction.h"

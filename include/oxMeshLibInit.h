@@ -7,6 +7,8 @@
 // without either call.
 #pragma once
 
+#include <iosfwd>
+
 namespace ox {
 
 /// Counts one more user of the library; the first registers the factories.
@@ -18,5 +20,20 @@ void terminateOxMeshLibrary();
 
 /// Whether the library's factories are registered (some user has initialised it).
 bool isOxMeshLibraryInitialized();
+
+namespace oxMeshLib {
+
+/// Sends the library's progress and diagnostic lines to `stream` (an addition of ours).
+/// Returns:       the stream used before the call.
+/// Preconditions: `stream` (may be null: the lines are dropped) outlives its use; the default
+///                is std::cout, where the lines are documented to go.
+/// Side effects:  process-wide; not synchronised (set it before starting work on threads).
+/// Cost:          O(1).
+std::ostream* SetMessageStream(std::ostream* stream);
+
+/// The stream the library's lines currently go to (null when they are dropped). O(1).
+std::ostream* GetMessageStream();
+
+}  // namespace oxMeshLib
 
 }  // namespace ox

@@ -7,9 +7,12 @@
 // to standard output and leave the mesh unchanged; no exceptions, no error codes.
 #pragma once
 
+#include <cstddef>
+#include <functional>
 #include <limits>
 #include <vector>
 
+#include "oxMeshLibTypes.h"
 #include "oxQuadricErrorMetric.h"
 #include "scenegraph/oxGeometry.h"
 #include "scenegraph/oxTriMesh.h"
@@ -107,6 +110,42 @@ struct tQuadricSimplifyOptions {
 void QuadricSimplify(oxTriMesh& mesh, const tQuadricSimplifyOptions& options,
                      oxProgressNotifierInterface* progress = nullptr, tEdgeCollapseReport* report = nullptr);
 
+/// Parameters of GenericEdgeCollapseInPasses.
+struct tCollapsePassesOptions {
+    unsigned int targetTriangleCount = 0;
+    /// Bound on the root of each run's collapse cost, in the metric's frame (half the bounding
+    /// box's largest side is 1); infinity: no bound.
+    float maxError = std::numeric_limits<float>::infinity();
+    bool lockBoundary = false;     ///< vertices on open borders keep their positions
+    float lambda = 0.01f;          ///< pull of merged vertices towards the edge midpoint
+    unsigned int maxPasses = 40;   ///< collapse runs at most
+    float maxBendDegrees = 20.0f;  ///< flips only between triangles bending less than this
+};
+
+/// What GenericEdgeCollapseInPasses did.
+struct tCollapsePassesReport {
+    tCollapseStop stop = tCollapseStop::NotManifold;  ///< why the last run ended
+    unsigned int trianglesBefore = 0;
+    unsigned int trianglesAfter = 0;
+    unsigned int passes = 0;  ///< collapse runs made
+    unsigned int flips = 0;   ///< valence flips made between runs
+};
+
+/// Runs GenericEdgeCollapse repeatedly (an addition of ours): its 10-triangle neighbourhood
+/// limit stalls a single run well above small targets on real meshes, so between runs
+/// FlipEdgesForValence evens out the valences and the next run with a fresh metric goes on.
+/// Returns:       nothing; `report` (may be null) tells why it stopped.
+/// On failure:    non-manifold input prints the collapse's set-up line and is left unchanged
+///                (stop NotManifold).
+/// Side effects:  the runs stop at the target or the bound, when no flip applies, when a run
+///                collapses nothing, or after maxPasses; boundary vertices are locked per run
+///                on request.
+/// Cost:          O(T log T) per run. `progress` (may be null) gets the overall fraction of the
+///                triangles to remove that are gone.
+void GenericEdgeCollapseInPasses(oxTriMesh& mesh, const tCollapsePassesOptions& options,
+                                 oxProgressNotifierInterface* progress = nullptr,
+                                 tCollapsePassesReport* report = nullptr);
+
 /// Simplification that leaves the shape visually unchanged: QuadricSimplify down to no
 /// target, with an error bound of 1e-3 of half the bounding box's largest side, i.e. it removes
 /// the triangles that flat and gently curved regions do not need. Non-manifold input is left
@@ -170,17 +209,219 @@ void FlipEdges(oxTriMesh& mesh);
 // ---------------------------------------------------------------------------------------------
 // Repair of real files
 
-/// Welds vertices within `tolerance` (distance <= tolerance; 0 welds identical positions only,
-/// -0 and +0 alike): vertices are visited in index order and each joins the lowest-indexed
-/// earlier representative within the tolerance, or becomes a representative. Triangles are redirected to representatives, triangles that
-/// become degenerate are dropped, vertices left unused are removed (records kept in old order).
-/// Returns the number of vertices merged into others. Cost O(V) expected (uniform grid).
+/// Groups vertices that lie within `tolerance` of an earlier group's first vertex (an addition
+/// of ours: the one welder of the library, on raw arrays).
+/// Returns:       the number of groups; representative[i] <= i names the first vertex of i's
+///                group. Vertices are visited in index order and each joins the lowest-indexed
+///                earlier representative within the tolerance (|p - r| <= tolerance in double
+///                precision), else starts a group.
+/// On failure:    a negative or NaN tolerance joins nothing; a vertex with a non-finite
+///                coordinate is never joined and never joins. Tolerance 0 joins bitwise-equal
+///                positions only (-0 and +0 alike).
+/// Preconditions: count < 2^32 - 1; vertex i's x, y, z start at positions + i * stride;
+///                `representative` holds count entries.
+/// Cost:          O(n) expected (hashed grid of cells of side `tolerance`), ~40 bytes per vertex.
+std::size_t ColocateVertices(const float* positions, std::size_t count, std::size_t stride, float tolerance,
+                             unsigned int* representative);
+
+/// Welds the vertices of `mesh` that ColocateVertices groups.
+/// Returns:       the number of vertices merged into others.
+/// On failure:    invalid indices (CheckMeshSanity false) or a negative or NaN tolerance: no
+///                change, 0.
+/// Side effects:  triangles are redirected to representatives; triangles that become degenerate
+///                are dropped; unused vertices are removed (whole records, old order).
+/// Cost:          O(V + T) expected.
 unsigned int WeldSimilarVertices(oxTriMesh& mesh, float tolerance);
 
 /// Removes every triangle whose three vertex indices (in any order or winding) equal those of
 /// an earlier triangle; the first occurrence is kept, vertices are untouched. Returns the
 /// number of triangles removed. Invalid indices (CheckMeshSanity false): no change. O(T log T).
 unsigned int RemoveDuplicateTriangles(oxTriMesh& mesh);
+
+// ---------------------------------------------------------------------------------------------
+// Repair (additions of ours: the steps that make a reconstructed or scanned mesh manifold
+// without moving a vertex, one operation each, and RepairMesh to run a choice of them)
+
+/// Whether vertex v lies where the surface is extrapolated rather than fitted (away from the
+/// points that support it); asked at most once per vertex.
+using tUnsupportedVertexTest = std::function<bool(unsigned int vertex)>;
+
+/// Drops the triangles that touch an unsupported vertex and are reached from an open or
+/// non-manifold edge through such triangles: the flaps and bands a surface grows past sharp
+/// edges or a scan's rim end in open rims, while a gap between the samples of a well covered
+/// region is enclosed by fitted surface and is kept.
+/// Returns:       the number of triangles dropped (vertices are kept; see RemoveUnusedVertices).
+/// Preconditions: indices in range.
+/// Cost:          O(V + T); `unsupported` is asked only around the rims and the trimmed region.
+unsigned int TrimUnsupportedTriangles(oxTriMesh& mesh, const tUnsupportedVertexTest& unsupported);
+
+/// Drops the triangles that name a vertex twice.
+/// Returns:       the number dropped. Cost: O(T).
+unsigned int RemoveDegenerateTriangles(oxTriMesh& mesh);
+
+/// Drops every triangle on an edge that more than two triangles share.
+/// Returns:       the number dropped. Preconditions: indices in range. Cost: O(V + T).
+unsigned int RemoveNonManifoldTriangles(oxTriMesh& mesh);
+
+/// Gives every fan of triangles around a vertex a vertex of its own (two corners at a vertex
+/// are in one fan when their triangles share an edge at it); the first fan met in triangle order
+/// keeps the vertex, the others get copies of its whole record, appended in order.
+/// Returns:       the number of pinched vertices (vertices that were split).
+/// Preconditions: indices in range; no edge on more than two triangles (RemoveNonManifoldTriangles).
+/// Cost:          O(V + T).
+unsigned int SplitPinchedVertices(oxTriMesh& mesh);
+
+/// What RemoveSmallComponents dropped.
+struct tSmallComponents {
+    unsigned int components = 0;
+    unsigned int triangles = 0;
+};
+
+/// Drops the connected pieces (triangles joined through shared vertices) with fewer than
+/// `fractionOfLargest` times the triangles of the largest piece.
+/// Returns:       the pieces and triangles dropped (vertices are kept).
+/// Preconditions: indices in range. Cost: O(V + T).
+tSmallComponents RemoveSmallComponents(oxTriMesh& mesh, float fractionOfLargest);
+
+/// What FillSmallHoles did.
+struct tHoleFilling {
+    unsigned int closed = 0;     ///< boundary loops closed
+    unsigned int triangles = 0;  ///< triangles added to close them
+    unsigned int open = 0;       ///< boundary loops left open (longer than the limit, or not simple)
+};
+
+/// Closes the boundary loops of at most `maxEdges` edges: one triangle for three edges,
+/// otherwise a fan around one new vertex at the loop's mean (its record the mean of the loop's,
+/// normal rescaled to unit length), so the closure creates no non-manifold edge. Only loops
+/// through vertices with one outgoing and one incoming boundary side are followed.
+/// Returns:       the counts. Preconditions: indices in range; consistently oriented, no
+///                pinched vertex (SplitPinchedVertices). Cost: O(V + T).
+tHoleFilling FillSmallHoles(oxTriMesh& mesh, unsigned int maxEdges);
+
+/// Drops the vertices no triangle uses; the others keep their whole records in old order.
+/// Returns:       the number dropped. Preconditions: indices in range. Cost: O(V + T).
+unsigned int RemoveUnusedVertices(oxTriMesh& mesh);
+
+/// Steps of RepairMesh, combinable; they run in the order listed.
+enum : unsigned int {
+    kRepairTrimUnsupported = 1u << 0,        ///< TrimUnsupportedTriangles (needs the test)
+    kRepairRemoveDegenerate = 1u << 1,       ///< RemoveDegenerateTriangles
+    kRepairRemoveNonManifold = 1u << 2,      ///< RemoveNonManifoldTriangles
+    kRepairSplitPinched = 1u << 3,           ///< SplitPinchedVertices
+    kRepairRemoveSmallComponents = 1u << 4,  ///< RemoveSmallComponents
+    kRepairFillSmallHoles = 1u << 5,         ///< FillSmallHoles
+    kRepairRemoveUnusedVertices = 1u << 6,   ///< RemoveUnusedVertices
+    /// Leave a mesh that is already closed and manifold exactly as it is.
+    kRepairOnlyWhenDefective = 1u << 7,
+    /// The clean-up of a reconstructed mesh: every step above.
+    kRepairReconstruction = 0xFFu
+};
+
+/// Parameters of RepairMesh's steps.
+struct tRepairOptions {
+    float smallComponentFraction = 0.005f;     ///< RemoveSmallComponents' fraction of the largest piece
+    unsigned int maxHoleEdges = 32;            ///< FillSmallHoles' limit
+    tUnsupportedVertexTest unsupportedVertex;  ///< TrimUnsupportedTriangles' test (empty: step skipped)
+};
+
+/// What RepairMesh did.
+struct tRepairReport {
+    bool ran = false;  ///< false: the mesh was empty, or closed and manifold under kRepairOnlyWhenDefective
+    unsigned int unsupportedTriangles = 0;
+    unsigned int degenerateTriangles = 0;
+    unsigned int nonManifoldTriangles = 0;
+    unsigned int pinchedVertices = 0;
+    unsigned int addedVertexCopies = 0;
+    unsigned int smallComponents = 0;
+    unsigned int smallComponentTriangles = 0;
+    tHoleFilling holes;
+    unsigned int droppedVertices = 0;
+};
+
+/// Runs the chosen repair steps (`steps`, a combination of the kRepair flags) in their order on
+/// one unpacked copy of the mesh, then stores the result. Vertices are never moved.
+/// Returns:       nothing; `report` (may be null) tells what each step did.
+/// Preconditions: indices in range.
+/// Side effects:  replaces the mesh's buffers (same vertex layout) unless nothing ran.
+/// Cost:          O(V + T) expected.
+void RepairMesh(oxTriMesh& mesh, unsigned int steps, const tRepairOptions& options = tRepairOptions(),
+                tRepairReport* report = nullptr);
+
+/// Marks the vertices on an edge that exactly one triangle uses (an addition of ours).
+/// Returns:       one flag per vertex (vertexCount entries).
+/// Preconditions: indices below vertexCount. Cost: O(V + T).
+std::vector<bool> FindBoundaryVertices(const unsigned int* triangles, std::size_t triangleCount,
+                                       std::size_t vertexCount);
+
+/// FindBoundaryVertices of a triangle mesh.
+std::vector<bool> FindBoundaryVertices(const oxTriMesh& mesh);
+
+// ---------------------------------------------------------------------------------------------
+// Statistics
+
+/// A mesh or point cloud as flat arrays, for operations that read files' data in place.
+struct tMeshView {
+    const float* positions = nullptr;  ///< x y z of vertex i at positions + i * positionStride
+    std::size_t vertexCount = 0;
+    std::size_t positionStride = 3;
+    const unsigned int* triangles = nullptr;  ///< three indices per triangle (may be null)
+    std::size_t triangleCount = 0;
+    /// The faces as a file stores them (may be null: then every triangle is one face). Face f
+    /// owns corners [faceOffsets[f], faceOffsets[f + 1]) of faceCorners; the triangles above
+    /// must be the fan triangles (v0, vi, vi+1) of these faces, in order.
+    const unsigned int* faceCorners = nullptr;
+    const unsigned int* faceOffsets = nullptr;
+    std::size_t faceCount = 0;
+    const float* normals = nullptr;  ///< nx ny nz of vertex i at normals + i * normalStride (may be null)
+    std::size_t normalStride = 3;
+};
+
+/// Topology and measures of a mesh (an addition of ours; what `oxmesh info` reports).
+struct tMeshStatistics {
+    std::size_t vertices = 0;              ///< all vertices, used or not
+    std::size_t triangles = 0;             ///< triangles (fan triangles of the faces)
+    std::size_t faces = 0;                 ///< faces (polygons), or the triangles
+    std::size_t unreferencedVertices = 0;  ///< vertices no face uses
+    std::size_t duplicatePositions = 0;    ///< vertices whose exact position occurred before
+    std::size_t nonFiniteVertices = 0;     ///< vertices with a non-finite coordinate
+
+    std::size_t facesWithRepeatedIndex = 0;  ///< faces naming a vertex twice
+    std::size_t zeroAreaTriangles = 0;       ///< triangles with |cross| <= 1e-14 * diagonal^2
+    double surfaceArea = 0.0;                ///< sum of the triangle areas
+    std::size_t edges = 0;                   ///< distinct undirected face sides
+    std::size_t boundaryEdges = 0;           ///< edges on one face side
+    std::size_t nonManifoldEdges = 0;        ///< edges on more than two face sides
+    std::size_t duplicatedHalfEdges = 0;     ///< directed sides used more than once (orientation flips)
+    std::size_t components = 0;              ///< connected components of the used vertices
+    std::size_t boundaryLoops = 0;           ///< connected components of the boundary edges
+    std::size_t nonManifoldVertices = 0;     ///< vertices whose corners form more than one fan
+    long long eulerCharacteristic = 0;       ///< used vertices - edges + faces
+    bool closed = false;                     ///< no boundary edge and no non-manifold edge
+    bool manifold = false;                   ///< no non-manifold edge and no non-manifold vertex
+    bool oriented = false;                   ///< no duplicated directed side
+    bool hasGenus = false;                   ///< closed, manifold and oriented: genus and volume valid
+    long long genus = 0;                     ///< total genus: (2 * components - euler) / 2, floored
+    double signedVolume = 0.0;               ///< sum of the triangle tetrahedra (positive when outward)
+
+    double bboxMin[3] = {0, 0, 0};  ///< over the finite vertices (zero box when none)
+    double bboxMax[3] = {0, 0, 0};
+    double bboxDiagonal = 0.0;
+
+    std::size_t nonFiniteNormals = 0;  ///< normals with a non-finite length (0 without normals)
+    std::size_t zeroNormals = 0;       ///< normals of length zero
+};
+
+/// Counts, topology and measures of a mesh or point cloud given as flat arrays.
+/// Returns:       the statistics; edges, components and fans are taken over the faces' sides
+///                (not the fan diagonals), areas and volumes over the triangles, in double
+///                precision.
+/// Preconditions: every index below the vertex count.
+/// Cost:          O(V + C) expected (C corners): one counting sort of the sides, three
+///                union-finds; about 30 bytes per corner of scratch memory.
+tMeshStatistics ComputeMeshStatistics(const tMeshView& mesh);
+
+/// ComputeMeshStatistics of a triangle mesh (every triangle one face; normals when present).
+tMeshStatistics ComputeMeshStatistics(const oxTriMesh& mesh);
 
 // ---------------------------------------------------------------------------------------------
 // Chain

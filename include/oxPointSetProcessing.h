@@ -99,5 +99,22 @@ unsigned int OrientNormals(const float* points, unsigned int count, unsigned int
 void OrientNormalsTowards(const float* points, unsigned int count, unsigned int stride, float* normals,
                           unsigned int normalStride, const float viewpoint[3]);
 
+/// Estimates the normal of every point of `cloud` (EstimateNormals, k neighbours) and orients
+/// them consistently outwards per connected part (OrientNormals); an addition of ours.
+/// Returns:       the number of connected parts oriented.
+/// On failure:    a cloud without a normal channel is left alone (0).
+/// Side effects:  overwrites the normals; points whose neighbourhood spans no plane get (0, 0, 0).
+/// Cost:          O(n k log n). `notifier` (may be null) gets 0..0.5 while estimating, 0.5..1 while
+///                orienting.
+unsigned int EstimateOrientedNormals(oxVertexBuffer& cloud, unsigned int k = 16,
+                                     oxProgressNotifierInterface* notifier = nullptr);
+
+/// Drops the points whose normal is zero or not finite; the others keep their whole records in
+/// order (an addition of ours).
+/// Returns:       the number of points dropped.
+/// On failure:    a cloud without a normal channel is left alone (0).
+/// Cost:          O(n), in place.
+unsigned int RemovePointsWithoutNormal(oxVertexBuffer& cloud);
+
 }  // namespace oxPointSetProcessing
 }  // namespace ox

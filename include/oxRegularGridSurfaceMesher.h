@@ -7,9 +7,10 @@
 // potential. Triangles face the positive side of the potential (outward for a surface
 // whose normals point outward). Normals are not written.
 //
-// Progress values go through oxProgressMonitorable; standard output receives one
-// "iteration :<n>" line per growth iteration, then "searching precise surface position"
-// and "done".
+// Progress values go through oxProgressMonitorable and restart at 0 in every stage; the
+// library's message stream receives one "iteration :<n>" line per growth iteration, then
+// "searching precise surface position" and "done". The stages, their times and the counts are
+// also available as values (setStageCallback, getReport).
 //
 // Corners of the last cell layer of an axis are clamped onto that layer (a corner key never
 // leaves the grid), so a cell there has coinciding corners; seed cells take a corner's bit
@@ -23,10 +24,36 @@
 // growth leave a smaller grid). Use one depth per process when this matters.
 #pragma once
 
+#include <functional>
+
 #include "oxSurfacePolygonizer.h"
 #include "system/oxProgressMonitorable.h"
 
 namespace ox {
+
+/// The stages of one computeMesh run, in order (an addition of ours, for progress displays).
+enum class tGridMeshingStage {
+    CornerSigns,  ///< bounding cube, seed cells, signs of their corners
+    Growth,       ///< growth across crossed faces, triangle and vertex tables
+    Bisection,    ///< ten bisection steps per vertex
+    Done
+};
+
+/// What the last computeMesh run did (an addition of ours).
+struct tGridMeshingReport {
+    unsigned int depth = 0;       ///< effective depth (clamped to 1..10)
+    float cellSize = 0.0f;        ///< side of a grid cell, in the surface's coordinates
+    unsigned int seedCells = 0;   ///< distinct cells holding a point
+    unsigned int cells = 0;       ///< cells in the map after growth
+    unsigned int iterations = 0;  ///< growth iterations ("iteration :N" lines printed)
+    unsigned int vertices = 0;
+    unsigned int triangles = 0;
+    double cornerSignSeconds = 0.0;
+    double growthSeconds = 0.0;
+    double bisectionSeconds = 0.0;
+
+    double totalSeconds() const { return cornerSignSeconds + growthSeconds + bisectionSeconds; }
+};
 
 class oxRegularGridSurfaceMesher : public oxSurfacePolygonizer, public oxProgressMonitorable {
 public:
@@ -46,8 +73,20 @@ public:
     /// cell (each distinct grid corner is evaluated once) plus ten per output vertex.
     oxGeometry* computeMesh() override;
 
+    /// Counts and stage times of the last computeMesh (an addition of ours). O(1).
+    const tGridMeshingReport& getReport() const { return m_report; }
+
+    /// Called at the start of every stage of computeMesh and once with Done at its end (an
+    /// addition of ours: progress values restart at 0 in every stage). May be empty. O(1).
+    void setStageCallback(std::function<void(tGridMeshingStage)> callback)
+    {
+        m_onStage = std::move(callback);
+    }
+
 private:
     unsigned int m_depth = 7;
+    tGridMeshingReport m_report;
+    std::function<void(tGridMeshingStage)> m_onStage;
 };
 
 }  // namespace ox

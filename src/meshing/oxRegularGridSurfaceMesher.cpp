@@ -1,17 +1,23 @@
 // Sparse regular-grid marching cubes: seed cells from the points, corner signs, growth
 // across crossed faces, shared vertices on cut edges, bisection.
+//
+// Based on: Lorensen and Cline, Marching cubes: a high resolution 3D surface construction
+// algorithm, 1987 (the cube triangle table), run as a surface-following (continuation) mesher
+// that only visits the cells reached from the points through faces the surface crosses.
 #include "oxRegularGridSurfaceMesher.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <cstdint>
 #include <deque>
-#include <iostream>
 #include <limits>
 #include <unordered_map>
 #include <utility>
 #include <vector>
 
+#include "frame/oxMessages.h"
+#include "oxMeshLibTypes.h"
 #include "oxPointSetQuery.h"
 #include "oxPointSetSurface.h"
 #include "scenegraph/oxAttributes.h"
@@ -20,8 +26,6 @@
 #include "scenegraph/oxVertexBuffer.h"
 
 namespace ox {
-
-using Vec3 = Wm4::Vector3<float>;
 
 namespace {
 
@@ -43,6 +47,8 @@ public:
     {}
 
     unsigned int size() const { return m_n; }
+    const Vec3& centre() const { return m_centre; }
+    float extent() const { return m_extent; }
 
     // Key of corner `corner` (offset (c & 1, (c >> 1) & 1, (c >> 2) & 1)) of cell `key`;
     // a +1 that would leave the grid stays on the last plane.
@@ -121,21 +127,10 @@ unsigned int gridCoordinate(float f, unsigned int n)
     return n - 1;
 }
 
-}  // namespace
-
-oxRegularGridSurfaceMesher::oxRegularGridSurfaceMesher(const oxPointSetSurface* surface)
-    : oxSurfacePolygonizer(surface)
-{}
-
-oxGeometry* oxRegularGridSurfaceMesher::computeMesh()
+// The bounding cube of the points grown by their radii, as a grid of n cells per axis.
+tGrid boundingCube(const oxPointSetSurface& surface, unsigned int n)
 {
-    // 1. Grid size.
-    const unsigned int depth = std::min(std::max(m_depth, 1u), 10u);
-    const unsigned int n = 1u << depth;
-    const unsigned int mask = n - 1;
-
-    // 2. Bounding cube of the points grown by their radii.
-    const oxVertexBuffer& points = *m_surface->getPointSet()->getVertices();
+    const oxVertexBuffer& points = *surface.getPointSet()->getVertices();
     const int noPoints = points.GetVertexQuantity();
     const float inf = std::numeric_limits<float>::infinity();
     Vec3 lo(inf, inf, inf), hi(-inf, -inf, -inf);
@@ -149,25 +144,46 @@ oxGeometry* oxRegularGridSurfaceMesher::computeMesh()
     }
     const Vec3 centre = (lo + hi) * 0.5f;
     const float extent = std::max(hi[0] - lo[0], std::max(hi[1] - lo[1], hi[2] - lo[2]));
-    const float scale = static_cast<float>(n) / extent;
-    tGrid grid(*m_surface, n, centre, extent);
+    return tGrid(surface, n, centre, extent);
+}
 
-    // 3. Seed cells: the distinct cells holding a point, ascending.
-    std::vector<unsigned int> seeds(static_cast<std::size_t>(noPoints));
+// The cells of one run: seed cells with their configurations, then the map of every cell
+// reached (key -> configuration byte: bit c set when corner c has a positive potential).
+struct tCells {
+    std::vector<unsigned int> seeds;
+    std::vector<unsigned char> seedConfig;
+    std::unordered_map<unsigned int, unsigned char> map;
+};
+
+// The distinct cells holding a point, ascending.
+tCells seedCells(const oxPointSetSurface& surface, const tGrid& grid)
+{
+    const oxVertexBuffer& points = *surface.getPointSet()->getVertices();
+    const int noPoints = points.GetVertexQuantity();
+    const unsigned int n = grid.size();
+    const float scale = static_cast<float>(n) / grid.extent();
     const float half = static_cast<float>(n >> 1);
+    tCells cells;
+    cells.seeds.resize(static_cast<std::size_t>(noPoints));
     for (int p = 0; p < noPoints; ++p) {
         const Vec3& x = points.Position3(p);
         unsigned int key = 0;
         for (unsigned int a = 0; a < 3; ++a)
-            key |= gridCoordinate((x[int(a)] - centre[int(a)]) * scale + half, n) << (kAxisBits * a);
-        seeds[static_cast<std::size_t>(p)] = key;
+            key |= gridCoordinate((x[int(a)] - grid.centre()[int(a)]) * scale + half, n) << (kAxisBits * a);
+        cells.seeds[static_cast<std::size_t>(p)] = key;
     }
-    std::sort(seeds.begin(), seeds.end());
-    seeds.erase(std::unique(seeds.begin(), seeds.end()), seeds.end());
-    const std::size_t noSeeds = seeds.size();
+    std::sort(cells.seeds.begin(), cells.seeds.end());
+    cells.seeds.erase(std::unique(cells.seeds.begin(), cells.seeds.end()), cells.seeds.end());
+    return cells;
+}
 
-    // 4. Corner signs of the seed cells, one evaluation per distinct corner: (corner key,
-    // cell index) entries sorted by corner key, one run per corner.
+// Corner signs of the seed cells, one evaluation per distinct corner: (corner key, cell index)
+// entries sorted by corner key, one run per corner. Fills the seeds' configurations and the
+// cell map.
+void classifySeedCorners(tGrid& grid, tCells& cells, oxProgressMonitorable& progress)
+{
+    const std::vector<unsigned int>& seeds = cells.seeds;
+    const std::size_t noSeeds = seeds.size();
     std::vector<std::uint64_t> entries;
     entries.reserve(8 * noSeeds);
     for (std::size_t s = 0; s < noSeeds; ++s)
@@ -178,9 +194,9 @@ oxGeometry* oxRegularGridSurfaceMesher::computeMesh()
                (static_cast<std::uint32_t>(a) == static_cast<std::uint32_t>(b) && a < b);
     });
     grid.reserveCorners(2 * entries.size() / 8 + 64);
-    std::vector<unsigned char> seedConfig(noSeeds, 0);
+    cells.seedConfig.assign(noSeeds, 0);
     for (std::size_t e = 0; e < entries.size();) {
-        setProgressValue(static_cast<float>(e) * 0.125f / static_cast<float>(noSeeds));
+        progress.setProgressValue(static_cast<float>(e) * 0.125f / static_cast<float>(noSeeds));
         const unsigned int corner = static_cast<std::uint32_t>(entries[e]);
         std::size_t end = e + 1;
         while (end < entries.size() && static_cast<std::uint32_t>(entries[end]) == corner)
@@ -196,25 +212,28 @@ oxGeometry* oxRegularGridSurfaceMesher::computeMesh()
                 const unsigned int dx = (corner & kAxisMask) - (cell & kAxisMask);
                 const unsigned int dy = ((corner >> 10) & kAxisMask) - ((cell >> 10) & kAxisMask);
                 const unsigned int dz = ((corner >> 20) & kAxisMask) - ((cell >> 20) & kAxisMask);
-                seedConfig[s] |= static_cast<unsigned char>(1u << ((dz * 2 + dy) * 2 + dx));
+                cells.seedConfig[s] |= static_cast<unsigned char>(1u << ((dz * 2 + dy) * 2 + dx));
             }
         }
         e = end;
     }
-
-    // 5. The cell map (key -> configuration); ascending order is restored when walking it.
-    std::unordered_map<unsigned int, unsigned char> cells;
-    cells.reserve(4 * noSeeds + 64);
+    cells.map.reserve(4 * noSeeds + 64);
     for (std::size_t s = 0; s < noSeeds; ++s)
-        cells.emplace(seeds[s], seedConfig[s]);
+        cells.map.emplace(seeds[s], cells.seedConfig[s]);
+}
 
-    // 6. Per-face existence tests, built from the grid size of the first call in the
-    // process and kept for every later call (see the header).
+// Growth from the seed cells across every crossed face whose neighbour exists, then
+// breadth-first iterations over the new cells; a cell whose centre potential is infinite (far
+// from every point) stays in the mesh but does not grow. Returns the number of iterations.
+unsigned int growAcrossCrossedFaces(tGrid& grid, tCells& cells, oxProgressMonitorable& progress)
+{
+    const unsigned int mask = grid.size() - 1;
+    // Per-face existence tests, built from the grid size of the first call in the process and
+    // kept for every later call (see the header).
     static const unsigned int faceCoordinateMask[6] = {mask,       mask,       mask << 10,
                                                        mask << 10, mask << 20, mask << 20};
     static const unsigned int faceBoundary[6] = {0, mask, 0, mask << 10, 0, mask << 20};
 
-    // 7. Growth from one cell: new neighbours across crossed faces join the map and the queue.
     std::deque<std::pair<unsigned int, unsigned char>> queue;
     auto grow = [&](unsigned int key, unsigned int config) {
         for (unsigned int f = 0; f < 6; ++f) {
@@ -224,26 +243,25 @@ oxGeometry* oxRegularGridSurfaceMesher::computeMesh()
                 continue;
             const unsigned int neighbour =
                 static_cast<unsigned int>(static_cast<std::int64_t>(key) + kFaceStep[f]);
-            if (cells.count(neighbour))
+            if (cells.map.count(neighbour))
                 continue;
             const unsigned char neighbourConfig =
                 static_cast<unsigned char>(grid.cellConfiguration(neighbour));
-            cells.emplace(neighbour, neighbourConfig);
+            cells.map.emplace(neighbour, neighbourConfig);
             queue.emplace_back(neighbour, neighbourConfig);
         }
     };
+    const std::size_t noSeeds = cells.seeds.size();
     for (std::size_t s = 0; s < noSeeds; ++s) {
-        setProgressValue(static_cast<float>(s) / static_cast<float>(noSeeds));
-        grow(seeds[s], seedConfig[s]);
+        progress.setProgressValue(static_cast<float>(s) / static_cast<float>(noSeeds));
+        grow(cells.seeds[s], cells.seedConfig[s]);
     }
-
-    // 8. Breadth-first iterations; a cell whose centre potential is infinite (far from
-    // every point) stays in the mesh but does not grow.
-    for (unsigned int iteration = 0; !queue.empty(); ++iteration) {
-        std::cout << "iteration :" << iteration << std::endl;
+    unsigned int iteration = 0;
+    for (; !queue.empty(); ++iteration) {
+        detail::messages() << "iteration :" << iteration << std::endl;
         const std::size_t taken = queue.size();
         for (std::size_t t = 0; t < taken; ++t) {
-            setProgressValue(static_cast<float>(t) / static_cast<float>(taken));
+            progress.setProgressValue(static_cast<float>(t) / static_cast<float>(taken));
             const std::pair<unsigned int, unsigned char> cell = queue.front();
             queue.pop_front();
             if (std::isinf(grid.potential(grid.cellCentre(cell.first))))
@@ -251,9 +269,19 @@ oxGeometry* oxRegularGridSurfaceMesher::computeMesh()
             grow(cell.first, cell.second);
         }
     }
+    return iteration;
+}
 
-    // 9. Triangle count over the cells in ascending key order.
-    std::vector<std::pair<unsigned int, unsigned char>> ordered(cells.begin(), cells.end());
+// The triangles of every cell in ascending key order, with one shared vertex per cut grid edge
+// (ordered corner-key pair), numbered in first-use order.
+struct tTriangles {
+    oxIndexBuffer* indices = nullptr;
+    std::vector<std::uint64_t> vertexKeys;  ///< per vertex: second corner << 32 | first corner
+};
+
+tTriangles emitTriangles(const tGrid& grid, const tCells& cells)
+{
+    std::vector<std::pair<unsigned int, unsigned char>> ordered(cells.map.begin(), cells.map.end());
     std::sort(ordered.begin(), ordered.end());
     unsigned int noTriangles = 0;
     for (const auto& cell : ordered) {
@@ -263,12 +291,10 @@ oxGeometry* oxRegularGridSurfaceMesher::computeMesh()
                                                           edges);
         noTriangles += count;
     }
-    oxIndexBuffer* indices = new oxIndexBuffer(static_cast<int>(3 * noTriangles));
-
-    // 10. Shared vertices: one per ordered corner-key pair, numbered in first-use order.
+    tTriangles result;
+    result.indices = new oxIndexBuffer(static_cast<int>(3 * noTriangles));
     std::unordered_map<std::uint64_t, unsigned int> vertexOf;
     vertexOf.reserve(2 * noTriangles + 16);
-    std::vector<std::uint64_t> vertexKeys;
     int slot = 0;
     for (const auto& cell : ordered) {
         unsigned int count;
@@ -282,30 +308,34 @@ oxGeometry* oxRegularGridSurfaceMesher::computeMesh()
             const unsigned int edge = row[e];
             const std::uint64_t key =
                 (static_cast<std::uint64_t>(corners[edges[2 * edge + 1]]) << 32) | corners[edges[2 * edge]];
-            const auto inserted = vertexOf.emplace(key, static_cast<unsigned int>(vertexKeys.size()));
+            const auto inserted = vertexOf.emplace(key, static_cast<unsigned int>(result.vertexKeys.size()));
             if (inserted.second)
-                vertexKeys.push_back(key);
-            (*indices)[slot++] = inserted.first->second;
+                result.vertexKeys.push_back(key);
+            (*result.indices)[slot++] = inserted.first->second;
         }
     }
+    return result;
+}
 
-    // 11. The vertex buffer: positions and (unwritten) normals.
-    const int noVertices = static_cast<int>(vertexKeys.size());
+// The vertex buffer (positions, unwritten normals): ten bisection steps per cut edge, vertex
+// keys in ascending order. The corner potentials were all evaluated while classifying the
+// cells and are reused here.
+oxVertexBuffer* placeVerticesByBisection(tGrid& grid, const tTriangles& triangles,
+                                         oxProgressMonitorable& progress)
+{
+    const std::vector<std::uint64_t>& vertexKeys = triangles.vertexKeys;
     oxAttributes layout;
     layout.SetPositionChannels(3);
     layout.SetNormalChannels(3);
-    oxVertexBuffer* vertices = new oxVertexBuffer(layout, noVertices);
-    std::cout << "searching precise surface position" << std::endl;
-
-    // 12. Ten bisection steps per cut edge, vertex keys in ascending order. The corner
-    // potentials were all evaluated while classifying the cells and are reused here.
+    oxVertexBuffer* vertices = new oxVertexBuffer(layout, static_cast<int>(vertexKeys.size()));
+    detail::messages() << "searching precise surface position" << std::endl;
     std::vector<std::pair<std::uint64_t, unsigned int>> byKey;
     byKey.reserve(vertexKeys.size());
     for (unsigned int v = 0; v < vertexKeys.size(); ++v)
         byKey.emplace_back(vertexKeys[v], v);
     std::sort(byKey.begin(), byKey.end());
     for (std::size_t i = 0; i < byKey.size(); ++i) {
-        setProgressValue(static_cast<float>(i) / static_cast<float>(byKey.size()));
+        progress.setProgressValue(static_cast<float>(i) / static_cast<float>(byKey.size()));
         const unsigned int first = static_cast<std::uint32_t>(byKey[i].first);
         Vec3 a = grid.cornerPosition(first);
         Vec3 b = grid.cornerPosition(static_cast<std::uint32_t>(byKey[i].first >> 32));
@@ -322,10 +352,55 @@ oxGeometry* oxRegularGridSurfaceMesher::computeMesh()
         }
         vertices->Position3(static_cast<int>(byKey[i].second)) = (a + b) * 0.5f;
     }
+    return vertices;
+}
 
-    // 13. The geometry.
-    std::cout << "done" << std::endl;
-    return new oxGeometry(vertices, indices);
+double secondsSince(std::chrono::steady_clock::time_point start)
+{
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+}  // namespace
+
+oxRegularGridSurfaceMesher::oxRegularGridSurfaceMesher(const oxPointSetSurface* surface)
+    : oxSurfacePolygonizer(surface)
+{}
+
+oxGeometry* oxRegularGridSurfaceMesher::computeMesh()
+{
+    m_report = tGridMeshingReport();
+    m_report.depth = std::min(std::max(m_depth, 1u), 10u);
+    auto enter = [this](tGridMeshingStage stage) {
+        if (m_onStage)
+            m_onStage(stage);
+    };
+
+    enter(tGridMeshingStage::CornerSigns);
+    auto start = std::chrono::steady_clock::now();
+    tGrid grid = boundingCube(*m_surface, 1u << m_report.depth);
+    tCells cells = seedCells(*m_surface, grid);
+    classifySeedCorners(grid, cells, *this);
+    m_report.cornerSignSeconds = secondsSince(start);
+
+    enter(tGridMeshingStage::Growth);
+    start = std::chrono::steady_clock::now();
+    m_report.iterations = growAcrossCrossedFaces(grid, cells, *this);
+    const tTriangles triangles = emitTriangles(grid, cells);
+    m_report.growthSeconds = secondsSince(start);
+
+    enter(tGridMeshingStage::Bisection);
+    start = std::chrono::steady_clock::now();
+    oxVertexBuffer* vertices = placeVerticesByBisection(grid, triangles, *this);
+    m_report.bisectionSeconds = secondsSince(start);
+
+    m_report.cellSize = grid.extent() / static_cast<float>(grid.size());
+    m_report.seedCells = static_cast<unsigned int>(cells.seeds.size());
+    m_report.cells = static_cast<unsigned int>(cells.map.size());
+    m_report.vertices = static_cast<unsigned int>(vertices->GetVertexQuantity());
+    m_report.triangles = static_cast<unsigned int>(triangles.indices->GetIndexQuantity() / 3);
+    detail::messages() << "done" << std::endl;
+    enter(tGridMeshingStage::Done);
+    return new oxGeometry(vertices, triangles.indices);
 }
 
 }  // namespace ox

@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "oxMeshProcessing.h"
+#include "processing/oxDisjointSets.h"
 #include "processing/oxMeshCompaction.h"
 #include "scenegraph/oxIndexBuffer.h"
 #include "scenegraph/oxVertexBuffer.h"
@@ -9,46 +10,25 @@
 namespace ox {
 namespace oxMeshProcessing {
 
-namespace {
-
-unsigned int findRoot(std::vector<unsigned int>& parent, unsigned int v)
-{
-    while (parent[v] != v) {
-        parent[v] = parent[parent[v]];
-        v = parent[v];
-    }
-    return v;
-}
-
-}  // namespace
-
 unsigned int ClusterizeConnectedComponents(const oxTriMesh& mesh, std::vector<unsigned int>& labels)
 {
-    const unsigned int triangles = detail::triangleCount(mesh);
+    const unsigned int triangles = static_cast<unsigned int>(mesh.GetTriangleQuantity());
     const unsigned int vertices = detail::vertexCount(mesh);
     labels.assign(triangles, 0u);
     if (triangles == 0) {
         return 0;
     }
     const unsigned int* idx = mesh.GetIndexBuffer()->GetData();
-    std::vector<unsigned int> parent(vertices);
-    for (unsigned int v = 0; v < vertices; ++v) {
-        parent[v] = v;
-    }
+    detail::tDisjointSets pieces(vertices);
     for (unsigned int t = 0; t < triangles; ++t) {
-        const unsigned int r0 = findRoot(parent, idx[3 * t]);
-        for (int k = 1; k < 3; ++k) {
-            const unsigned int rk = findRoot(parent, idx[3 * t + k]);
-            if (rk != r0) {
-                parent[std::max(rk, r0)] = std::min(rk, r0);
-            }
-        }
+        pieces.unite(idx[3 * t], idx[3 * t + 1]);
+        pieces.unite(idx[3 * t], idx[3 * t + 2]);
     }
-    std::vector<unsigned int> labelOfRoot(vertices, 0xFFFFFFFFu);
+    std::vector<unsigned int> labelOfRoot(vertices, kNoIndex);
     unsigned int count = 0;
     for (unsigned int t = 0; t < triangles; ++t) {
-        const unsigned int root = findRoot(parent, idx[3 * t]);
-        if (labelOfRoot[root] == 0xFFFFFFFFu) {
+        const unsigned int root = pieces.find(idx[3 * t]);
+        if (labelOfRoot[root] == kNoIndex) {
             labelOfRoot[root] = count++;
         }
         labels[t] = labelOfRoot[root];

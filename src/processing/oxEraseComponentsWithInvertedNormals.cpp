@@ -25,7 +25,7 @@ void EraseComponentsWithInvertedNormals(oxTriMesh& mesh)
 {
     std::vector<unsigned int> labels;
     const unsigned int count = ClusterizeConnectedComponents(mesh, labels);
-    const unsigned int triangles = detail::triangleCount(mesh);
+    const unsigned int triangles = static_cast<unsigned int>(mesh.GetTriangleQuantity());
     const oxVertexBuffer* vb = mesh.GetVertexBuffer();
     std::vector<tExtreme> extreme(count);
     const unsigned int* idx = triangles > 0 ? mesh.GetIndexBuffer()->GetData() : nullptr;

@@ -5,8 +5,8 @@
 #include <unordered_set>
 
 #include "oxMeshProcessing.h"
-#include "processing/oxEdgeEnumeration.h"
 #include "processing/oxEdgeFlip.h"
+#include "processing/oxEdgeSides.h"
 #include "processing/oxMeshCompaction.h"
 #include "scenegraph/oxIndexBuffer.h"
 #include "scenegraph/oxVertexBuffer.h"
@@ -96,7 +96,7 @@ void FlipEdges(oxTriMesh& mesh)
     }
     const oxVertexBuffer& vb = *mesh.GetVertexBuffer();
     unsigned int* idx = mesh.GetIndexBuffer()->GetData();
-    const unsigned int triangleCount = detail::triangleCount(mesh);
+    const unsigned int triangleCount = static_cast<unsigned int>(mesh.GetTriangleQuantity());
     const unsigned int vertexCount = detail::vertexCount(mesh);
     for (unsigned int pass = 0; pass < MAX_PASSES; ++pass) {
         std::vector<unsigned int> v0, v1, triangleEdges;

@@ -5,8 +5,8 @@
 #include <unordered_set>
 
 #include "oxMeshProcessing.h"
-#include "processing/oxEdgeEnumeration.h"
 #include "processing/oxEdgeFlip.h"
+#include "processing/oxEdgeSides.h"
 #include "processing/oxMeshCompaction.h"
 #include "scenegraph/oxIndexBuffer.h"
 #include "scenegraph/oxVertexBuffer.h"
@@ -92,7 +92,7 @@ unsigned int FlipEdgesForValence(oxTriMesh& mesh, float maxBendDegrees, unsigned
     if (!CheckMeshSanity(mesh)) {
         return 0;
     }
-    const unsigned int triangleCount = detail::triangleCount(mesh);
+    const unsigned int triangleCount = static_cast<unsigned int>(mesh.GetTriangleQuantity());
     const unsigned int vertexCount = detail::vertexCount(mesh);
     const double radians = static_cast<double>(maxBendDegrees) * 3.14159265358979323846 / 180.0;
     tValenceFlipper flipper{*mesh.GetVertexBuffer(),

@@ -5,9 +5,11 @@
 #include <iostream>
 #include <queue>
 
+#include "frame/oxMessages.h"
 #include "oxMeshProcessing.h"
-#include "processing/oxCollapseMessages.h"
-#include "processing/oxEdgeEnumeration.h"
+#include "processing/oxCollapseInput.h"
+#include "processing/oxDisjointSets.h"
+#include "processing/oxEdgeSides.h"
 #include "processing/oxMeshCompaction.h"
 #include "scenegraph/oxIndexBuffer.h"
 #include "scenegraph/oxVertexBuffer.h"
@@ -16,10 +18,6 @@ namespace ox {
 namespace oxMeshProcessing {
 
 namespace {
-
-typedef Wm4::Vector3<float> tVec3;
-const unsigned int NONE = 0xFFFFFFFFu;
-using detail::NOT_MANIFOLD_MESSAGE;
 
 /// One queue entry; entries whose stamp is not the edge's current stamp are stale (lazy
 /// deletion), so re-costing an edge pushes a new entry instead of searching for the old one.
@@ -47,7 +45,8 @@ struct tCollapseRun {
     bool hasColor;
 
     std::vector<tEdge> edges;
-    std::vector<unsigned int> vertexParents, edgeParents;
+    detail::tDisjointSets vertexSets;
+    std::vector<unsigned int> edgeParents;
     std::vector<tNeighbourMap> neighbours;
     std::vector<unsigned int> valency;
     std::vector<char> locked, boundary;
@@ -61,24 +60,13 @@ struct tCollapseRun {
           squaredMaxError(0.0f), hasColor(vertices.GetAttributes().HasColor(0))
     {}
 
-    /// Representative of v, compressing the path.
-    unsigned int find(unsigned int v)
-    {
-        unsigned int root = v;
-        while (vertexParents[root] != root) {
-            root = vertexParents[root];
-        }
-        while (vertexParents[v] != root) {
-            const unsigned int next = vertexParents[v];
-            vertexParents[v] = root;
-            v = next;
-        }
-        return root;
-    }
+    /// Representative of v, shortening the path.
+    unsigned int find(unsigned int v) { return vertexSets.find(v); }
 
-    /// Edge table with triangle slots filled in triangle order; false when a triangle has two
-    /// equal corners or an edge is claimed by a third triangle.
-    bool setUp(unsigned int triangleCount, unsigned int vertexCount)
+    /// Edge table with triangle slots filled in triangle order, neighbour maps, valencies and
+    /// boundary flags. The input passed the collapse input check (no repeated corner, no edge on
+    /// a third triangle).
+    void setUp(unsigned int triangleCount, unsigned int vertexCount)
     {
         std::vector<unsigned int> v0, v1, triangleEdges;
         detail::enumerateEdges(indices, triangleCount, vertexCount, v0, v1, triangleEdges);
@@ -88,25 +76,12 @@ struct tCollapseRun {
             edges[e].v1 = v1[e];
         }
         for (unsigned int t = 0; t < triangleCount; ++t) {
-            const unsigned int* c = indices + 3 * t;
-            if (c[0] == c[1] || c[1] == c[2] || c[2] == c[0]) {
-                return false;
-            }
             for (int k = 0; k < 3; ++k) {
                 tEdge& edge = edges[triangleEdges[3 * t + k]];
-                if (edge.t0 == NONE) {
-                    edge.t0 = t;
-                } else if (edge.t1 == NONE) {
-                    edge.t1 = t;
-                } else {
-                    return false;
-                }
+                (edge.t0 == kNoIndex ? edge.t0 : edge.t1) = t;
             }
         }
-        vertexParents.resize(vertexCount);
-        for (unsigned int v = 0; v < vertexCount; ++v) {
-            vertexParents[v] = v;
-        }
+        vertexSets.reset(vertexCount);
         edgeParents.resize(edges.size());
         neighbours.assign(vertexCount, tNeighbourMap());
         boundary.assign(vertexCount, 0);
@@ -114,7 +89,7 @@ struct tCollapseRun {
             edgeParents[e] = e;
             neighbours[edges[e].v0].insert(edges[e].v1, e);
             neighbours[edges[e].v1].insert(edges[e].v0, e);
-            if (edges[e].t1 == NONE) {
+            if (edges[e].t1 == kNoIndex) {
                 boundary[edges[e].v0] = boundary[edges[e].v1] = 1;
             }
         }
@@ -122,20 +97,20 @@ struct tCollapseRun {
         for (unsigned int v = 0; v < vertexCount; ++v) {
             valency[v] = static_cast<unsigned int>(neighbours[v].size());
         }
-        return true;
     }
 
     /// Cost and merged position of edge e: the optimal placement, or the locked endpoint's
     /// position when exactly one endpoint is locked.
-    float cost(unsigned int e, tVec3& position)
+    float cost(unsigned int e, Vec3& position)
     {
         const unsigned int a = find(edges[e].v0), b = find(edges[e].v1);
         if (locked[a] != locked[b]) {
             position = vertices.Position3(static_cast<int>(locked[a] ? a : b));
-            return metric.estimateEdgeCostAt(e, mesh, edges, vertexParents, edgeParents, neighbours,
+            return metric.estimateEdgeCostAt(e, mesh, edges, vertexSets.parents(), edgeParents, neighbours,
                                              position);
         }
-        return metric.estimateEdgeCost(e, mesh, edges, vertexParents, edgeParents, neighbours, position);
+        return metric.estimateEdgeCost(e, mesh, edges, vertexSets.parents(), edgeParents, neighbours,
+                                       position);
     }
 
     bool bothLocked(unsigned int e) { return locked[find(edges[e].v0)] && locked[find(edges[e].v1)]; }
@@ -162,7 +137,7 @@ struct tCollapseRun {
         return false;
     }
 
-    /// Corner of triangle t that is neither a nor b (NONE when there is none).
+    /// Corner of triangle t that is neither a nor b (kNoIndex when there is none).
     unsigned int apex(unsigned int t, unsigned int a, unsigned int b)
     {
         for (int k = 0; k < 3; ++k) {
@@ -171,7 +146,7 @@ struct tCollapseRun {
                 return v;
             }
         }
-        return NONE;
+        return kNoIndex;
     }
 
     /// True when a and b share a neighbour other than the two apexes.
@@ -179,7 +154,7 @@ struct tCollapseRun {
     {
         for (const tNeighbourMap::tEntry& entry : neighbours[a]) {
             const unsigned int n = entry.first;
-            if (n != c0 && n != c1 && n != b && neighbours[b].find(n) != NONE) {
+            if (n != c0 && n != c1 && n != b && neighbours[b].find(n) != kNoIndex) {
                 return true;
             }
         }
@@ -202,10 +177,10 @@ struct tCollapseRun {
 
     /// Collapses edge e (endpoints a, b, apexes c0 of t0 and c1 of t1) onto `position`.
     void collapse(unsigned int e, unsigned int a, unsigned int b, unsigned int c0, unsigned int c1,
-                  const tVec3& position)
+                  const Vec3& position)
     {
         const unsigned int s = std::min(a, b), r = std::max(a, b);
-        vertexParents[r] = s;
+        vertexSets.attach(r, s);
         valency[s] = valency[a] + valency[b] - 4;
         vertices.Position3(static_cast<int>(s)) = position;
         if (hasColor) {
@@ -230,14 +205,14 @@ struct tCollapseRun {
         // Shorten the parent paths of every corner around the survivor, then re-cost its edges.
         for (const tNeighbourMap::tEntry& entry : neighbours[s]) {
             for (unsigned int t : {edges[entry.second].t0, edges[entry.second].t1}) {
-                if (t != NONE) {
+                if (t != kNoIndex) {
                     find(indices[3 * t]);
                     find(indices[3 * t + 1]);
                     find(indices[3 * t + 2]);
                 }
             }
         }
-        tVec3 unused;
+        Vec3 unused;
         for (const tNeighbourMap::tEntry& entry : neighbours[s]) {
             if (bothLocked(entry.second)) {
                 dequeue(entry.second);
@@ -272,19 +247,6 @@ struct tCollapseRun {
     }
 };
 
-bool indicesInRange(const oxTriMesh& mesh)
-{
-    const unsigned int vertexCount = detail::vertexCount(mesh);
-    const oxIndexBuffer* ib = mesh.GetIndexBuffer();
-    const int count = ib ? ib->GetIndexQuantity() : 0;
-    for (int i = 0; i < count; ++i) {
-        if ((*ib)[i] >= vertexCount) {
-            return false;
-        }
-    }
-    return true;
-}
-
 }  // namespace
 
 void GenericEdgeCollapse(oxTriMesh& mesh, oxQuadricErrorMetric& metric, unsigned int targetTriangleCount,
@@ -294,7 +256,7 @@ void GenericEdgeCollapse(oxTriMesh& mesh, oxQuadricErrorMetric& metric, unsigned
     tEdgeCollapseReport localReport;
     tEdgeCollapseReport& out = report ? *report : localReport;
     out = tEdgeCollapseReport();
-    const unsigned int triangleCount = detail::triangleCount(mesh);
+    const unsigned int triangleCount = static_cast<unsigned int>(mesh.GetTriangleQuantity());
     const unsigned int vertexCount = detail::vertexCount(mesh);
     out.trianglesBefore = out.trianglesAfter = triangleCount;
     metric.setSquaredMaxError(maxError * maxError);
@@ -303,17 +265,13 @@ void GenericEdgeCollapse(oxTriMesh& mesh, oxQuadricErrorMetric& metric, unsigned
                                                        : tCollapseStop::TargetReached;
         return;
     }
-    if (!indicesInRange(mesh)) {
-        std::cout << "Error while initializing edge collapse: vertex index out of range" << std::endl;
+    if (!detail::acceptCollapseInput(mesh)) {
         return;
     }
 
     tCollapseRun run(mesh, metric);
     run.squaredMaxError = metric.getSquaredMaxError();
-    if (!run.setUp(triangleCount, vertexCount)) {
-        std::cout << NOT_MANIFOLD_MESSAGE << std::endl;
-        return;
-    }
+    run.setUp(triangleCount, vertexCount);
     if (run.hasColor) {
         for (unsigned int v = 0; v < vertexCount; ++v) {
             run.vertices.Color3(0, static_cast<int>(v)) = Wm4::ColorRGB(1.0f, 0.2f, 0.2f);
@@ -329,14 +287,14 @@ void GenericEdgeCollapse(oxTriMesh& mesh, oxQuadricErrorMetric& metric, unsigned
             run.locked[v] = (*lockedVertices)[v];
         }
     }
-    metric.init(mesh, run.edges, run.vertexParents, run.edgeParents, run.neighbours, run.costs);
+    metric.init(mesh, run.edges, run.vertexSets.parents(), run.edgeParents, run.neighbours, run.costs);
     const unsigned int edgeCount = static_cast<unsigned int>(run.edges.size());
     run.stamps.assign(edgeCount, 0u);
     run.queued.assign(edgeCount, 0);
     {
         std::vector<tQueueEntry> initial;
         initial.reserve(edgeCount);
-        tVec3 position;
+        Vec3 position;
         for (unsigned int e = 0; e < edgeCount; ++e) {
             if (run.bothLocked(e)) {
                 continue;
@@ -374,21 +332,21 @@ void GenericEdgeCollapse(oxTriMesh& mesh, oxQuadricErrorMetric& metric, unsigned
         if (run.edgeParents[e] != e) {
             continue;
         }
-        tVec3 position;
+        Vec3 position;
         const float cost = run.cost(e, position);
         const unsigned int a = run.find(run.edges[e].v0), b = run.find(run.edges[e].v1);
-        if (a == b || run.edges[e].t1 == NONE || (run.boundary[a] && run.boundary[b]) ||
+        if (a == b || run.edges[e].t1 == kNoIndex || (run.boundary[a] && run.boundary[b]) ||
             (run.locked[a] && run.locked[b])) {
             continue;
         }
         const unsigned int c0 = run.apex(run.edges[e].t0, a, b), c1 = run.apex(run.edges[e].t1, a, b);
-        if (c0 == NONE || c1 == NONE || c0 == c1 || run.valency[c0] <= 3 || run.valency[c1] <= 3 ||
+        if (c0 == kNoIndex || c1 == kNoIndex || c0 == c1 || run.valency[c0] <= 3 || run.valency[c1] <= 3 ||
             run.linkFails(a, b, c0, c1)) {
             continue;
         }
         if (cost != front.cost && done < 100) {
-            std::cout << "error at edge " << e << " (iteration" << done << "): " << cost
-                      << " != " << front.cost << std::endl;
+            detail::messages() << "error at edge " << e << " (iteration" << done << "): " << cost
+                               << " != " << front.cost << std::endl;
         }
         // The bound was tested on the queued cost; a finite recomputed cost collapses whatever
         // its value. An infinite one (the neighbourhood changed since the edge was queued: the
@@ -402,7 +360,7 @@ void GenericEdgeCollapse(oxTriMesh& mesh, oxQuadricErrorMetric& metric, unsigned
     }
     out.collapses = done;
     run.rebuild(triangleCount, vertexCount);
-    out.trianglesAfter = detail::triangleCount(mesh);
+    out.trianglesAfter = static_cast<unsigned int>(mesh.GetTriangleQuantity());
 }
 
 }  // namespace oxMeshProcessing

@@ -1,6 +1,6 @@
 #include "processing/oxMeshAdjacency.h"
 
-#include "processing/oxEdgeEnumeration.h"
+#include "processing/oxEdgeSides.h"
 #include "processing/oxMeshCompaction.h"
 #include "scenegraph/oxIndexBuffer.h"
 
@@ -28,7 +28,7 @@ void buildRows(unsigned int rows, std::vector<unsigned int>& start, std::vector<
 
 tMeshAdjacency::tMeshAdjacency(const oxTriMesh& mesh)
 {
-    const unsigned int triangleCount = detail::triangleCount(mesh);
+    const unsigned int triangleCount = static_cast<unsigned int>(mesh.GetTriangleQuantity());
     const unsigned int vertexCount = detail::vertexCount(mesh);
     const unsigned int* idx = triangleCount > 0 ? mesh.GetIndexBuffer()->GetData() : nullptr;
     std::vector<unsigned int> v0, v1, triangleEdges;

@@ -7,12 +7,6 @@
 namespace ox {
 namespace detail {
 
-unsigned int triangleCount(const oxTriMesh& mesh)
-{
-    const oxIndexBuffer* ib = mesh.GetIndexBuffer();
-    return ib ? static_cast<unsigned int>(ib->GetIndexQuantity() / 3) : 0u;
-}
-
 unsigned int vertexCount(const oxTriMesh& mesh)
 {
     const oxVertexBuffer* vb = mesh.GetVertexBuffer();
@@ -22,7 +16,7 @@ unsigned int vertexCount(const oxTriMesh& mesh)
 void compactMesh(oxTriMesh& mesh, const std::vector<char>& keepTriangle, std::vector<char> keepVertex,
                  const oxAttributes& layout)
 {
-    const unsigned int triangles = triangleCount(mesh);
+    const unsigned int triangles = static_cast<unsigned int>(mesh.GetTriangleQuantity());
     const unsigned int vertices = vertexCount(mesh);
     const oxIndexBuffer* oldIndices = mesh.GetIndexBuffer();
     const oxVertexBuffer* oldVertices = mesh.GetVertexBuffer();

@@ -18,8 +18,6 @@ namespace detail {
 void compactMesh(oxTriMesh& mesh, const std::vector<char>& keepTriangle, std::vector<char> keepVertex,
                  const oxAttributes& layout);
 
-/// Number of triangles of `mesh` (index count / 3; 0 without an index buffer).
-unsigned int triangleCount(const oxTriMesh& mesh);
 /// Number of vertices of `mesh` (0 without a vertex buffer).
 unsigned int vertexCount(const oxTriMesh& mesh);
 

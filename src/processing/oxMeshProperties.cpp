@@ -2,7 +2,7 @@
 // oxMeshCurvature.cpp).
 #include "oxMeshProperties.h"
 
-#include "processing/oxEdgeEnumeration.h"
+#include "processing/oxEdgeSides.h"
 #include "processing/oxMeshMath.h"
 #include "scenegraph/oxIndexBuffer.h"
 #include "scenegraph/oxVertexBuffer.h"

@@ -7,8 +7,9 @@
 #include <iostream>
 #include <limits>
 
+#include "frame/oxMessages.h"
 #include "oxMeshProcessing.h"
-#include "processing/oxCollapseMessages.h"
+#include "processing/oxCollapseInput.h"
 #include "processing/oxCollapsibleMesh.h"
 #include "processing/oxMeshCompaction.h"
 #include "processing/oxQuadric.h"
@@ -24,8 +25,6 @@ namespace {
 using detail::tCollapsibleMesh;
 using detail::tPoint3d;
 using detail::tQuadric;
-
-using detail::NOT_MANIFOLD_MESSAGE;
 
 /// Pull of a merged vertex towards the edge midpoint, relative to the quadric's total weight:
 /// negligible against any direction the planes constrain (even weakly, on gently curved
@@ -60,12 +59,11 @@ public:
     /// Runs the whole simplification; fills `report`.
     void run(oxProgressNotifierInterface* progress, tEdgeCollapseReport& report)
     {
-        const unsigned int triangles = detail::triangleCount(m_mesh);
+        const unsigned int triangles = static_cast<unsigned int>(m_mesh.GetTriangleQuantity());
         const unsigned int vertices = detail::vertexCount(m_mesh);
         report.trianglesBefore = report.trianglesAfter = triangles;
         if (!m_topology.build(m_mesh.GetIndexBuffer()->GetData(), triangles, vertices)) {
-            std::cout << NOT_MANIFOLD_MESSAGE << std::endl;
-            report.stop = tCollapseStop::NotManifold;
+            report.stop = tCollapseStop::NotManifold;  // checked by the driver before
             return;
         }
         if (m_options.targetTriangleCount >= triangles) {
@@ -85,7 +83,7 @@ public:
         report.stop = collapseUntilDone(progress);
         report.collapses = m_collapses;
         writeBack();
-        report.trianglesAfter = detail::triangleCount(m_mesh);
+        report.trianglesAfter = static_cast<unsigned int>(m_mesh.GetTriangleQuantity());
     }
 
 private:
@@ -317,7 +315,7 @@ private:
     /// Moves the survivors to their positions and replaces the buffers by compacted ones.
     void writeBack()
     {
-        const unsigned int triangles = detail::triangleCount(m_mesh);
+        const unsigned int triangles = static_cast<unsigned int>(m_mesh.GetTriangleQuantity());
         oxIndexBuffer& ib = *m_mesh.GetIndexBuffer();
         std::vector<char> keepTriangle(triangles, 0);
         std::vector<char> keepVertex(m_topology.vertexCount(), 0);
@@ -367,14 +365,13 @@ void QuadricSimplify(oxTriMesh& mesh, const tQuadricSimplifyOptions& options,
     tEdgeCollapseReport localReport;
     tEdgeCollapseReport& out = report ? *report : localReport;
     out = tEdgeCollapseReport();
-    const unsigned int triangles = detail::triangleCount(mesh);
+    const unsigned int triangles = static_cast<unsigned int>(mesh.GetTriangleQuantity());
     out.trianglesBefore = out.trianglesAfter = triangles;
     if (triangles == 0 || mesh.GetVertexBuffer() == nullptr) {
         out.stop = tCollapseStop::TargetAboveCount;
         return;
     }
-    if (!CheckMeshSanity(mesh)) {
-        std::cout << NOT_MANIFOLD_MESSAGE << std::endl;
+    if (!detail::acceptCollapseInput(mesh)) {
         out.stop = tCollapseStop::NotManifold;
         return;
     }

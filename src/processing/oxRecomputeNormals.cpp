@@ -14,7 +14,7 @@ void RecomputeNormals(oxTriMesh& mesh)
     if (vb == nullptr || !vb->GetAttributes().HasNormal()) {
         return;
     }
-    const unsigned int triangles = detail::triangleCount(mesh);
+    const unsigned int triangles = static_cast<unsigned int>(mesh.GetTriangleQuantity());
     const oxIndexBuffer* ib = mesh.GetIndexBuffer();
     for (unsigned int t = 0; t < triangles; ++t) {
         const int i[3] = {static_cast<int>((*ib)[static_cast<int>(3 * t)]),

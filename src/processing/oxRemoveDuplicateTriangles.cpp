@@ -12,7 +12,7 @@ namespace oxMeshProcessing {
 
 unsigned int RemoveDuplicateTriangles(oxTriMesh& mesh)
 {
-    const unsigned int triangleCount = detail::triangleCount(mesh);
+    const unsigned int triangleCount = static_cast<unsigned int>(mesh.GetTriangleQuantity());
     if (triangleCount < 2 || !CheckMeshSanity(mesh)) {
         return 0;
     }

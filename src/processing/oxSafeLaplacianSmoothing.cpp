@@ -32,7 +32,7 @@ void SafeLaplacianSmoothing(oxTriMesh& mesh, unsigned int iterations, float fact
     }
     oxVertexBuffer& vb = *mesh.GetVertexBuffer();
     const unsigned int vertexCount = detail::vertexCount(mesh);
-    const unsigned int triangleCount = detail::triangleCount(mesh);
+    const unsigned int triangleCount = static_cast<unsigned int>(mesh.GetTriangleQuantity());
     const unsigned int* idx = mesh.GetIndexBuffer()->GetData();
     const detail::tMeshAdjacency adjacency(mesh);
     std::vector<tVec3> reference(triangleCount);

@@ -1,9 +1,6 @@
-// Welding of vertices that lie within a tolerance of each other.
-#include <cmath>
-#include <cstdint>
-#include <cstring>
-#include <unordered_map>
-
+// Welding of vertices that lie within a tolerance of each other, through the one colocation
+// routine of the add-ons (greedy, in index order, through a hashed grid).
+#include "addons/oxColocate.h"
 #include "oxMeshProcessing.h"
 #include "processing/oxMeshCompaction.h"
 #include "scenegraph/oxIndexBuffer.h"
@@ -12,83 +9,24 @@
 namespace ox {
 namespace oxMeshProcessing {
 
-namespace {
-
-typedef Wm4::Vector3<float> tVec3;
-
-struct tCell {
-    std::int64_t x, y, z;
-    bool operator==(const tCell& o) const { return x == o.x && y == o.y && z == o.z; }
-};
-
-struct tCellHash {
-    std::size_t operator()(const tCell& c) const
-    {
-        return static_cast<std::size_t>(c.x * 73856093LL ^ c.y * 19349663LL ^ c.z * 83492791LL);
-    }
-};
-
-/// Grid cell of p: cells of side `tolerance`, or the exact float bits when tolerance is 0.
-tCell cellOf(const tVec3& p, float tolerance)
+std::size_t ColocateVertices(const float* positions, std::size_t count, std::size_t stride, float tolerance,
+                             unsigned int* representative)
 {
-    if (tolerance > 0.0f) {
-        return tCell{static_cast<std::int64_t>(std::floor(p.X() / tolerance)),
-                     static_cast<std::int64_t>(std::floor(p.Y() / tolerance)),
-                     static_cast<std::int64_t>(std::floor(p.Z() / tolerance))};
-    }
-    std::uint32_t bits[3];
-    for (int k = 0; k < 3; ++k) {
-        const float value = p[k] == 0.0f ? 0.0f : p[k];  // -0 and +0 weld
-        std::memcpy(&bits[k], &value, sizeof(float));
-    }
-    return tCell{bits[0], bits[1], bits[2]};
+    return ColocatePoints(positions, count, stride, tolerance, representative);
 }
-
-}  // namespace
 
 unsigned int WeldSimilarVertices(oxTriMesh& mesh, float tolerance)
 {
     if (!CheckMeshSanity(mesh) || !(tolerance >= 0.0f)) {
         return 0;
     }
-    const oxVertexBuffer& vb = *mesh.GetVertexBuffer();
-    const unsigned int vertexCount = detail::vertexCount(mesh);
+    oxVertexBuffer& vb = *mesh.GetVertexBuffer();
+    const unsigned int vertexCount = static_cast<unsigned int>(vb.GetVertexQuantity());
     std::vector<unsigned int> representative(vertexCount);
-    std::unordered_map<tCell, std::vector<unsigned int>, tCellHash> grid;
-    grid.reserve(vertexCount);
-    const float squaredTolerance = tolerance * tolerance;
-    const int reach = tolerance > 0.0f ? 1 : 0;
-    unsigned int merged = 0;
-    for (unsigned int v = 0; v < vertexCount; ++v) {
-        const tVec3& p = vb.Position3(static_cast<int>(v));
-        const tCell cell = cellOf(p, tolerance);
-        unsigned int best = 0xFFFFFFFFu;
-        for (int dx = -reach; dx <= reach; ++dx) {
-            for (int dy = -reach; dy <= reach; ++dy) {
-                for (int dz = -reach; dz <= reach; ++dz) {
-                    const auto it = grid.find(tCell{cell.x + dx, cell.y + dy, cell.z + dz});
-                    if (it == grid.end()) {
-                        continue;
-                    }
-                    for (unsigned int r : it->second) {
-                        if (r < best &&
-                            (vb.Position3(static_cast<int>(r)) - p).SquaredLength() <= squaredTolerance) {
-                            best = r;
-                        }
-                    }
-                }
-            }
-        }
-        if (best == 0xFFFFFFFFu) {
-            representative[v] = v;
-            grid[cell].push_back(v);
-        } else {
-            representative[v] = best;
-            ++merged;
-        }
-    }
+    const std::size_t groups = ColocateVertices(
+        vb.GetData(), vertexCount, std::size_t(vb.GetChannelQuantity()), tolerance, representative.data());
     oxIndexBuffer& ib = *mesh.GetIndexBuffer();
-    const unsigned int triangleCount = detail::triangleCount(mesh);
+    const unsigned int triangleCount = static_cast<unsigned int>(mesh.GetTriangleQuantity());
     std::vector<char> keep(triangleCount, 1);
     for (unsigned int t = 0; t < triangleCount; ++t) {
         unsigned int c[3];
@@ -100,7 +38,7 @@ unsigned int WeldSimilarVertices(oxTriMesh& mesh, float tolerance)
     }
     const oxAttributes layout = vb.GetAttributes();
     detail::compactMesh(mesh, keep, std::vector<char>(), layout);
-    return merged;
+    return static_cast<unsigned int>(vertexCount - groups);
 }
 
 }  // namespace oxMeshProcessing

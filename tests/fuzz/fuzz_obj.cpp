@@ -1,14 +1,14 @@
 // libFuzzer target for the OBJ reader: parse from memory, validate, compute the
-// statistics. Any input must either work or raise InputError; every other
+// statistics. Any input must either work or raise FileError; every other
 // exception, crash or sanitizer report is a bug.
 #include <cstddef>
 #include <cstdint>
 
-#include "io/InputError.h"
-#include "io/MeshStats.h"
-#include "io/ObjReader.h"
-#include "io/PolygonList.h"
-#include "io/Validate.h"
+#include "formats/FileError.h"
+#include "formats/MeshView.h"
+#include "formats/ObjReader.h"
+#include "formats/PolygonList.h"
+#include "formats/Validate.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
@@ -21,10 +21,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             if (index >= mesh.vertexCount())
                 __builtin_trap();
         oxmesh::validateMesh(mesh, "fuzz.obj");
-        const oxmesh::MeshStats stats = oxmesh::computeMeshStats(mesh);
+        const ox::oxMeshProcessing::tMeshStatistics stats = oxmesh::statisticsOf(mesh);
         if (stats.vertices != mesh.vertexCount() || stats.unreferencedVertices > stats.vertices)
             __builtin_trap();
-    } catch (const oxmesh::InputError&) {
+    } catch (const oxmesh::FileError&) {
     }
     return 0;
 }

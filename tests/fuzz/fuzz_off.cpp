@@ -2,17 +2,17 @@
 // byte picks the format hint (even: "off", odd: "stl"), the rest is the file.
 // Then what the tool does after every Assimp import: welding (done by the
 // reader), validation, flattening with a second weld, and the statistics. Any
-// input must either work or raise InputError.
+// input must either work or raise FileError.
 #include <cstddef>
 #include <cstdint>
 
-#include "io/AssimpReader.h"
-#include "io/InputError.h"
-#include "io/MeshStats.h"
-#include "io/PolygonList.h"
-#include "io/SceneFlatten.h"
-#include "io/Validate.h"
-#include "io/Weld.h"
+#include "formats/AssimpReader.h"
+#include "formats/FileError.h"
+#include "formats/MeshView.h"
+#include "formats/PolygonList.h"
+#include "formats/SceneFlatten.h"
+#include "formats/Validate.h"
+#include "formats/Weld.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
@@ -31,10 +31,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         oxmesh::MeshData flat = oxmesh::flattenScene(scene);
         oxmesh::weldByPosition(flat);
         oxmesh::validateMesh(flat, "fuzz");
-        const oxmesh::MeshStats stats = oxmesh::computeMeshStats(flat);
+        const ox::oxMeshProcessing::tMeshStatistics stats = oxmesh::statisticsOf(flat);
         if (stats.duplicatePositions != 0)
             __builtin_trap();  // welded: no exact duplicates left
-    } catch (const oxmesh::InputError&) {
+    } catch (const oxmesh::FileError&) {
     }
     return 0;
 }

@@ -1,7 +1,7 @@
 // libFuzzer target for the PLY parser: any input must either parse or raise
-// InputError; every other exception, crash or sanitizer report is a bug.
-#include "io/InputError.h"
-#include "io/PlyReader.h"
+// FileError; every other exception, crash or sanitizer report is a bug.
+#include "formats/FileError.h"
+#include "formats/PlyReader.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -19,7 +19,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         for (const std::uint32_t index : mesh.triangles)
             if (index >= vertices)
                 __builtin_trap();
-    } catch (const oxmesh::InputError&) {
+    } catch (const oxmesh::FileError&) {
     }
     return 0;
 }

@@ -1,7 +1,7 @@
 // libFuzzer target for the XYZ parser: any input must either parse or raise
-// InputError; every other exception, crash or sanitizer report is a bug.
-#include "io/InputError.h"
-#include "io/XyzReader.h"
+// FileError; every other exception, crash or sanitizer report is a bug.
+#include "formats/FileError.h"
+#include "formats/XyzReader.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -14,7 +14,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         if (cloud.positions.empty() || cloud.positions.size() % 3 != 0 || !cloud.triangles.empty() ||
             (cloud.hasNormals() && cloud.normals.size() != cloud.positions.size()))
             __builtin_trap();
-    } catch (const oxmesh::InputError&) {
+    } catch (const oxmesh::FileError&) {
     }
     return 0;
 }

@@ -84,16 +84,16 @@ oxAttributes positionsAndNormals()
     return a;
 }
 
-/// Greedy reference clustering by brute force: a point joins the earliest representative closer
-/// than the tolerance (identical points for tolerance 0).
+/// Greedy reference clustering by brute force: a point joins the earliest representative within
+/// the tolerance (identical points for tolerance 0).
 int bruteForceClusterCount(const std::vector<Vec3>& points, float tolerance)
 {
     std::vector<Vec3> representatives;
     for (const Vec3& p : points) {
         bool joined = false;
         for (const Vec3& r : representatives) {
-            const double d = Wm4::Vector3<double>(r - p).Length();
-            if (tolerance == 0.0f ? r == p : d < tolerance) {
+            const double d = (Wm4::Vector3<double>(r) - Wm4::Vector3<double>(p)).Length();
+            if (tolerance == 0.0f ? r == p : d <= tolerance) {
                 joined = true;
                 break;
             }

@@ -9,8 +9,8 @@
 #include <random>
 #include <vector>
 
-#include "oxPointSetProcessing.h"
 #include "oxMeshLibTypes.h"
+#include "oxPointSetProcessing.h"
 #include "oxPointSetQuery.h"
 #include "scenegraph/oxAttributes.h"
 #include "scenegraph/oxVertexBuffer.h"

@@ -29,15 +29,15 @@ inline bool hasSharedData()
 }  // namespace oxtest
 
 /// Skips the current test when the shared data set is not beside the repository.
-#define OX_SKIP_WITHOUT_SHARED_DATA()                                                                    \
-    do {                                                                                                 \
-        if (!oxtest::hasSharedData())                                                                    \
-            GTEST_SKIP() << "shared data set absent (" OX_SHARED_DATA_DIR ")";                           \
+#define OX_SKIP_WITHOUT_SHARED_DATA()                                                                        \
+    do {                                                                                                     \
+        if (!oxtest::hasSharedData())                                                                        \
+            GTEST_SKIP() << "shared data set absent (" OX_SHARED_DATA_DIR ")";                               \
     } while (0)
 
 /// Skips the current test when `path` does not exist.
-#define OX_SKIP_IF_MISSING(path)                                                                         \
-    do {                                                                                                 \
-        if (!std::filesystem::exists(path))                                                              \
-            GTEST_SKIP() << "input absent: " << (path);                                                  \
+#define OX_SKIP_IF_MISSING(path)                                                                             \
+    do {                                                                                                     \
+        if (!std::filesystem::exists(path))                                                                  \
+            GTEST_SKIP() << "input absent: " << (path);                                                      \
     } while (0)

@@ -9,21 +9,21 @@
 #include <iostream>
 #include <limits>
 #include <map>
-#include <tuple>
 #include <sstream>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
 
-#include "support/Topology.h"
 #include "oxMeshLibTypes.h"
 #include "scenegraph/oxIndexBuffer.h"
 #include "scenegraph/oxPointer.h"
 #include "scenegraph/oxStandardMesh.h"
 #include "scenegraph/oxTriMesh.h"
 #include "scenegraph/oxVertexBuffer.h"
+#include "support/Topology.h"
 
 namespace oxtest {
 

@@ -18,13 +18,13 @@ namespace oxtest {
 
 struct tTopology {
     std::size_t triangles = 0;
-    std::size_t directedEdges = 0;    ///< distinct directed edges
-    std::size_t edges = 0;            ///< distinct undirected edges
-    std::size_t boundaryEdges = 0;    ///< undirected edges on exactly one triangle
-    std::size_t nonManifoldEdges = 0; ///< undirected edges on three or more triangles
-    std::size_t badEdges = 0;         ///< directed edges used twice, or without their reverse
-    std::size_t degenerate = 0;       ///< triangles with a repeated index
-    long euler = 0;                   ///< V - E + F over the referenced vertices
+    std::size_t directedEdges = 0;     ///< distinct directed edges
+    std::size_t edges = 0;             ///< distinct undirected edges
+    std::size_t boundaryEdges = 0;     ///< undirected edges on exactly one triangle
+    std::size_t nonManifoldEdges = 0;  ///< undirected edges on three or more triangles
+    std::size_t badEdges = 0;          ///< directed edges used twice, or without their reverse
+    std::size_t degenerate = 0;        ///< triangles with a repeated index
+    long euler = 0;                    ///< V - E + F over the referenced vertices
 
     /// Every directed edge exactly once and its reverse exactly once: each undirected edge has
     /// two triangles of opposite order, so the mesh is closed, edge-manifold and oriented.

@@ -5,10 +5,10 @@
 
 #include <cmath>
 
-#include "io/AssimpReader.h"
-#include "io/InputError.h"
-#include "io/MeshReader.h"
-#include "io/MeshStats.h"
+#include "formats/AssimpReader.h"
+#include "formats/FileError.h"
+#include "formats/MeshReader.h"
+#include "formats/MeshView.h"
 #include "test_assimp_scene_files.h"
 #include "test_cli_support.h"
 
@@ -30,7 +30,7 @@ std::string memoryError(const std::string& bytes, const std::string& hint)
 {
     try {
         fromMemory(bytes, hint);
-    } catch (const oxmesh::InputError& error) {
+    } catch (const oxmesh::FileError& error) {
         EXPECT_EQ(error.path(), "memory." + hint);
         return error.problem();
     }
@@ -57,7 +57,7 @@ TEST(AssimpReader, OffQuadsAreFannedHere)
     EXPECT_EQ((std::vector<std::uint32_t>(cube.triangles.begin(), cube.triangles.begin() + 6)),
               (std::vector<std::uint32_t>{0, 3, 2, 0, 2, 1}));
 
-    const oxmesh::MeshStats stats = oxmesh::computeMeshStats(cube);
+    const ox::oxMeshProcessing::tMeshStatistics stats = oxmesh::statisticsOf(cube);
     EXPECT_EQ(stats.edges, 12u);  // polygon sides, not fan diagonals
     EXPECT_TRUE(stats.closed);
     EXPECT_TRUE(stats.oriented);
@@ -92,7 +92,7 @@ TEST(AssimpReader, StlInBothEncodingsWeldsToTheSameTetrahedron)
         EXPECT_EQ(mesh.vertexCount(), 4u);
         EXPECT_EQ(mesh.weldedVertices, 8u);
         EXPECT_EQ(mesh.triangleCount(), 4u);
-        const oxmesh::MeshStats stats = oxmesh::computeMeshStats(mesh);
+        const ox::oxMeshProcessing::tMeshStatistics stats = oxmesh::statisticsOf(mesh);
         EXPECT_TRUE(stats.closed && stats.manifold && stats.oriented);
         EXPECT_EQ(stats.eulerCharacteristic, 2);
         EXPECT_NEAR(stats.signedVolume, 1.0 / 6.0, 1e-7);
@@ -156,7 +156,7 @@ TEST(AssimpReader, PerCornerVerticesWeldIntoOneSurface)
     const oxmesh::MeshData mesh = oxmesh::readMesh(dir.file("two.stl"));
     EXPECT_EQ(mesh.vertexCount(), 7u);  // (1,0,0) is shared by both tetrahedra
     EXPECT_EQ(mesh.weldedVertices, 24u - 7u);
-    const oxmesh::MeshStats stats = oxmesh::computeMeshStats(mesh);
+    const ox::oxMeshProcessing::tMeshStatistics stats = oxmesh::statisticsOf(mesh);
     EXPECT_EQ(stats.components, 1u);
     EXPECT_EQ(stats.nonManifoldVertices, 1u);  // the two tetrahedra touch at one vertex
 }
@@ -193,7 +193,7 @@ TEST(AssimpReader, BrokenFilesAreRejectedEvenWhenAssimpWouldCarryOn)
         try {
             oxmesh::readMesh(entry.path().string());
             ADD_FAILURE() << entry.path() << " loaded";
-        } catch (const oxmesh::InputError& error) {
+        } catch (const oxmesh::FileError& error) {
             EXPECT_EQ(std::string(error.what()).find('\n'), std::string::npos) << error.what();
             EXPECT_LE(error.problem().size(), 200u) << error.what();
         }

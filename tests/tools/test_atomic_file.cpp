@@ -1,8 +1,8 @@
 // AtomicFile: the target appears only complete, on commit; without commit, or on a
 // failure at any step, no temporary file stays behind and an old target survives.
-#include "io/AtomicFile.h"
+#include "formats/AtomicFile.h"
 
-#include "io/InputError.h"
+#include "formats/FileError.h"
 #include "test_ply_support.h"
 
 #include <gtest/gtest.h>
@@ -36,8 +36,8 @@ TEST(AtomicFile, CommitPublishesTheWholeFileUnderItsName)
         oxmesh::AtomicFile file(path);
         file.write("new");
         file.commit();
-        EXPECT_THROW(file.write("more"), oxmesh::InputError);
-        EXPECT_THROW(file.commit(), oxmesh::InputError);
+        EXPECT_THROW(file.write("more"), oxmesh::FileError);
+        EXPECT_THROW(file.commit(), oxmesh::FileError);
     }
     EXPECT_EQ("new", plytest::readBytes(path));
 }
@@ -57,7 +57,7 @@ TEST(AtomicFile, AbandonedOrFailedFilesLeaveTheOldTarget)
     try {
         oxmesh::AtomicFile file(dir.file("missing/x.txt"));
         ADD_FAILURE() << "opened a file in a missing folder";
-    } catch (const oxmesh::InputError& e) {
+    } catch (const oxmesh::FileError& e) {
         EXPECT_EQ(dir.file("missing/x.txt") + ": cannot write: No such file or directory",
                   std::string(e.what()));
         EXPECT_EQ(dir.file("missing/x.txt"), e.path());
@@ -70,7 +70,7 @@ TEST(AtomicFile, AbandonedOrFailedFilesLeaveTheOldTarget)
         file.write("data");
         file.commit();
         ADD_FAILURE() << "replaced a folder";
-    } catch (const oxmesh::InputError& e) {
+    } catch (const oxmesh::FileError& e) {
         EXPECT_NE(std::string::npos, std::string(e.what()).find(": cannot write: Is a directory"))
             << e.what();
     }
@@ -92,7 +92,7 @@ TEST(AtomicFile, AbandonedOrFailedFilesLeaveTheOldTarget)
         for (int i = 0; i < 100; ++i)
             file.write(std::string(100000, 'y'));
         file.commit();
-    } catch (const oxmesh::InputError& e) {
+    } catch (const oxmesh::FileError& e) {
         const bool named = std::string(e.what()) == path + ": cannot write: File too large";
         code = named && dir.entries().empty() ? 0 : 2;
     }

@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <map>
 
-#include "io/MeshReader.h"
+#include "formats/MeshReader.h"
 #include "test_cli_support.h"
 
 using clitest::jsonInt;

@@ -6,9 +6,9 @@
 #include <cmath>
 #include <random>
 
-#include "io/MeshData.h"
-#include "io/PlyReader.h"
-#include "io/XyzWriter.h"
+#include "formats/MeshData.h"
+#include "formats/PlyReader.h"
+#include "formats/XyzWriter.h"
 #include "test_cli_support.h"
 
 namespace {

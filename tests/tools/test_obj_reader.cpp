@@ -4,9 +4,9 @@
 
 #include <cmath>
 
-#include "io/InputError.h"
-#include "io/MeshReader.h"
-#include "io/ObjReader.h"
+#include "formats/FileError.h"
+#include "formats/MeshReader.h"
+#include "formats/ObjReader.h"
 #include "test_cli_support.h"
 
 namespace {
@@ -20,7 +20,7 @@ std::string parseError(const std::string& text)
 {
     try {
         parse(text);
-    } catch (const oxmesh::InputError& error) {
+    } catch (const oxmesh::FileError& error) {
         EXPECT_EQ(error.path(), "test.obj");
         return error.problem();
     }

@@ -2,9 +2,9 @@
 // line naming the file and the problem; every truncation of a valid binary file is
 // reported as such; absurd counts fail without allocating; random corruption never
 // ends in anything but a clean error or a successful read.
-#include "io/PlyReader.h"
+#include "formats/PlyReader.h"
 
-#include "io/InputError.h"
+#include "formats/FileError.h"
 #include "test_ply_support.h"
 
 #include <gtest/gtest.h>
@@ -24,7 +24,7 @@ std::string parseError(const std::string& bytes, const std::string& name = "mem.
 {
     try {
         oxmesh::parsePly(bytes.data(), bytes.size(), name);
-    } catch (const oxmesh::InputError& e) {
+    } catch (const oxmesh::FileError& e) {
         return e.what();
     }
     return "";
@@ -69,7 +69,7 @@ TEST(PlyErrors, FilesThatCannotBeOpened)
     const auto message = [](const std::string& path) {
         try {
             oxmesh::readPly(path);
-        } catch (const oxmesh::InputError& e) {
+        } catch (const oxmesh::FileError& e) {
             return std::string(e.what());
         }
         return std::string();
@@ -220,7 +220,7 @@ TEST(PlyErrors, AbsurdCountsFailFastWithoutAllocating)
 TEST(PlyErrors, RandomCorruptionGivesCleanErrorsOnly)
 {
     // Flip, insert and delete bytes of valid files in every encoding: each result
-    // either reads or raises InputError; anything else (another exception, a crash
+    // either reads or raises FileError; anything else (another exception, a crash
     // under the sanitizers) is a bug.
     std::mt19937 rng(1234);
     std::size_t failures = 0, reads = 0;
@@ -248,7 +248,7 @@ TEST(PlyErrors, RandomCorruptionGivesCleanErrorsOnly)
                 ++reads;
                 for (std::uint32_t index : m.triangles)
                     ASSERT_LT(index, m.vertexCount());
-            } catch (const oxmesh::InputError&) {
+            } catch (const oxmesh::FileError&) {
                 ++failures;
             }
         }

@@ -2,9 +2,9 @@
 // orders and extra elements must read back identically; strip decoding against
 // hand-worked strips and against the face list of the same real mesh; the real
 // sample files give their published counts.
-#include "io/PlyReader.h"
+#include "formats/PlyReader.h"
 
-#include "io/InputError.h"
+#include "formats/FileError.h"
 #include "test_ply_support.h"
 
 #include <gtest/gtest.h>

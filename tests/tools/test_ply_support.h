@@ -17,12 +17,12 @@
 
 #include <gtest/gtest.h>
 
-#include "io/InputError.h"
+#include "formats/FileError.h"
 
 namespace plytest {
 
 /// Reads every file of a broken-input corpus folder with `read` and requires, for each, an
-/// InputError whose one-line message starts with "PATH: " and contains the phrase listed for
+/// FileError whose one-line message starts with "PATH: " and contains the phrase listed for
 /// the file; the folder and the table must list the same files.
 template <class Read>
 void expectCorpusErrors(const std::filesystem::path& folder,
@@ -39,7 +39,7 @@ void expectCorpusErrors(const std::filesystem::path& folder,
         try {
             read(path);
             ADD_FAILURE() << "read without error";
-        } catch (const oxmesh::InputError& e) {
+        } catch (const oxmesh::FileError& e) {
             const std::string what = e.what();
             EXPECT_EQ(0u, what.rfind(path + ": ", 0)) << what;
             EXPECT_NE(std::string::npos, what.find(it->second)) << what;

@@ -1,10 +1,10 @@
 // PLY writer: the bytes it writes match the layout it promises (checked by hand,
 // not through the reader), binary and ASCII files read back exactly, colours are
 // rounded and clamped, and failures leave no file behind.
-#include "io/PlyWriter.h"
+#include "formats/PlyWriter.h"
 
-#include "io/InputError.h"
-#include "io/PlyReader.h"
+#include "formats/FileError.h"
+#include "formats/PlyReader.h"
 #include "test_ply_support.h"
 
 #include <gtest/gtest.h>
@@ -134,7 +134,7 @@ TEST(PlyWriter, FailuresLeaveNoFileAndKeepTheOldOne)
     const auto message = [&](const oxmesh::MeshData& m, const std::string& target) {
         try {
             oxmesh::writePly(target, m);
-        } catch (const oxmesh::InputError& e) {
+        } catch (const oxmesh::FileError& e) {
             return std::string(e.what());
         }
         return std::string();

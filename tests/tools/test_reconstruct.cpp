@@ -10,10 +10,10 @@
 #include <string>
 #include <vector>
 
-#include "io/MeshData.h"
-#include "io/MeshReader.h"
-#include "io/MeshStats.h"
-#include "io/MeshWriter.h"
+#include "formats/MeshData.h"
+#include "formats/MeshReader.h"
+#include "formats/MeshView.h"
+#include "formats/MeshWriter.h"
 #include "test_cli_support.h"
 
 namespace {
@@ -89,7 +89,7 @@ SphereFit fitToSphere(const oxmesh::MeshData& mesh)
 void expectSphereMesh(const std::string& path, double maxDistance)
 {
     const oxmesh::MeshData mesh = oxmesh::readMesh(path);
-    const oxmesh::MeshStats stats = oxmesh::computeMeshStats(mesh);
+    const ox::oxMeshProcessing::tMeshStatistics stats = oxmesh::statisticsOf(mesh);
     EXPECT_GT(stats.triangles, 1000u) << path;
     EXPECT_TRUE(stats.closed) << path;
     EXPECT_TRUE(stats.manifold) << path;
@@ -126,7 +126,7 @@ TEST(ReconstructCommand, SphereBothSurfacesClosedOnTheSphereInInputFrame)
         expectSphereMesh(out, toleranceFor(surface));
 
         // One summary line whose counts are those of the file; the mesher's lines stay out.
-        const oxmesh::MeshStats stats = oxmesh::computeMeshStats(oxmesh::readMesh(out));
+        const ox::oxMeshProcessing::tMeshStatistics stats = oxmesh::statisticsOf(oxmesh::readMesh(out));
         const std::string counts = std::to_string(stats.vertices) + " vertices, " +
                                    std::to_string(stats.triangles) + " triangles, closed manifold (" +
                                    surface + ", depth " + depthArg() + ")";
@@ -275,7 +275,7 @@ TEST(DemoCommand, WritesBothSurfacesAndNamesThem)
         const std::string out = outDir + "/ball-" + surface + ".ply";
         expectSphereMesh(out, toleranceFor(surface));
         EXPECT_NE(r.out.find("-> " + out + "\n"), std::string::npos) << r.out;
-        const oxmesh::MeshStats stats = oxmesh::computeMeshStats(oxmesh::readMesh(out));
+        const ox::oxMeshProcessing::tMeshStatistics stats = oxmesh::statisticsOf(oxmesh::readMesh(out));
         EXPECT_NE(r.out.find(surface + ": " + std::to_string(stats.vertices) + " vertices, " +
                              std::to_string(stats.triangles) + " triangles, closed manifold"),
                   std::string::npos)
@@ -298,7 +298,7 @@ TEST(DemoCommand, BundledCloudIsFoundAndOriented)
     const oxmesh::MeshData spot = oxmesh::readMesh(clitest::testData("clouds/spot-uniform-10k.ply"));
     EXPECT_EQ(spot.vertexCount(), 10000u);
     ASSERT_TRUE(spot.hasNormals());
-    EXPECT_EQ(oxmesh::computeMeshStats(spot).zeroNormals, 0u);
+    EXPECT_EQ(oxmesh::statisticsOf(spot).zeroNormals, 0u);
 
     // Without --input the demo finds it; a coarse grid keeps the run short.
     ScratchDir dir;

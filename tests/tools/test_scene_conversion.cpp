@@ -4,8 +4,8 @@
 
 #include <array>
 
-#include "io/MeshReader.h"
-#include "io/SceneConversion.h"
+#include "formats/MeshReader.h"
+#include "formats/SceneConversion.h"
 #include "scenegraph/oxNode.h"
 #include "scenegraph/oxVertexBuffer.h"
 #include "test_assimp_scene_files.h"

@@ -7,9 +7,9 @@
 #include <set>
 #include <tuple>
 
-#include "io/MeshReader.h"
-#include "io/MeshStats.h"
-#include "io/MeshWriter.h"
+#include "formats/MeshReader.h"
+#include "formats/MeshView.h"
+#include "formats/MeshWriter.h"
 #include "test_cli_support.h"
 
 namespace {
@@ -18,14 +18,14 @@ using clitest::runOxmesh;
 
 struct Written {
     oxmesh::MeshData mesh;
-    oxmesh::MeshStats stats;
+    ox::oxMeshProcessing::tMeshStatistics stats;
 };
 
 Written readBack(const std::string& path)
 {
     Written w;
     w.mesh = oxmesh::readMesh(path);
-    w.stats = oxmesh::computeMeshStats(w.mesh);
+    w.stats = oxmesh::statisticsOf(w.mesh);
     return w;
 }
 
@@ -98,8 +98,7 @@ TEST(OxmeshSimplify, NonManifoldInputIsRefusedWithTheMessageAndAHint)
         EXPECT_EQ(run.exitCode, 1);
         const std::vector<std::string> lines = run.errLines();
         ASSERT_EQ(lines.size(), 2u) << run.err;
-        EXPECT_NE(lines[0].find("Error while initializing edge collapse: input mesh is not manifold"),
-                  std::string::npos);
+        EXPECT_NE(lines[0].find("the mesh is not manifold"), std::string::npos) << lines[0];
         EXPECT_NE(lines[0].find(file), std::string::npos);
         EXPECT_EQ(lines[1].rfind("hint: ", 0), 0u);
         EXPECT_NE(lines[1].find(std::to_string(edges) + " edges in more than two triangles"),

@@ -1,14 +1,14 @@
 // Validation after loading, for every format, and the path checks that run
-// before any reader: each failure is one InputError line naming the file.
+// before any reader: each failure is one FileError line naming the file.
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
 
-#include "io/InputError.h"
-#include "io/MeshReader.h"
-#include "io/MeshStats.h"
-#include "io/Validate.h"
+#include "formats/FileError.h"
+#include "formats/MeshReader.h"
+#include "formats/MeshView.h"
+#include "formats/Validate.h"
 #include "test_cli_support.h"
 
 namespace {
@@ -26,7 +26,7 @@ std::string validationMessage(const oxmesh::MeshData& mesh)
 {
     try {
         oxmesh::validateMesh(mesh, "scan.ply");
-    } catch (const oxmesh::InputError& error) {
+    } catch (const oxmesh::FileError& error) {
         EXPECT_EQ(error.path(), "scan.ply");
         return error.what();
     }
@@ -37,7 +37,7 @@ std::string readMessage(const std::string& path)
 {
     try {
         oxmesh::readMesh(path);
-    } catch (const oxmesh::InputError& error) {
+    } catch (const oxmesh::FileError& error) {
         return error.what();
     }
     return "";
@@ -96,7 +96,7 @@ TEST(ValidateMesh, NonFiniteAndZeroNormalsAreCountedNotRejected)
     oxmesh::MeshData mesh = square();
     mesh.normals = {0, 0, 1, std::numeric_limits<float>::quiet_NaN(), 0, 1, 0, 0, 0, 0, 0, 1};
     EXPECT_EQ(validationMessage(mesh), "");
-    const oxmesh::MeshStats stats = oxmesh::computeMeshStats(mesh);
+    const ox::oxMeshProcessing::tMeshStatistics stats = oxmesh::statisticsOf(mesh);
     EXPECT_EQ(stats.nonFiniteNormals, 1u);
     EXPECT_EQ(stats.zeroNormals, 1u);
 }

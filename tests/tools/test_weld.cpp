@@ -6,8 +6,8 @@
 #include <limits>
 #include <random>
 
-#include "io/DuplicatePositions.h"
-#include "io/Weld.h"
+#include "formats/MeshView.h"
+#include "formats/Weld.h"
 
 namespace {
 
@@ -100,7 +100,7 @@ TEST(WeldByPosition, MatchesBruteForceFirstOccurrence)
         EXPECT_EQ(mesh.colors, colors);
         EXPECT_EQ(mesh.triangles, triangles);
         EXPECT_EQ(mesh.polygonStarts, original.polygonStarts);
-        EXPECT_EQ(oxmesh::countDuplicatePositions(original.positions), vertices - survivors);
+        EXPECT_EQ(oxmesh::statisticsOf(original).duplicatePositions, vertices - survivors);
 
         // Welding again changes nothing.
         const oxmesh::MeshData once = mesh;
@@ -120,8 +120,7 @@ TEST(WeldByPosition, NonFiniteVerticesStayApartAndSignedZerosMerge)
     ASSERT_EQ(mesh.vertexCount(), 5u);
     EXPECT_EQ(mesh.triangles, (std::vector<std::uint32_t>{0, 1, 2, 2, 3, 4}));
     EXPECT_FALSE(std::signbit(mesh.positions[6]));  // the first occurrence (+0) is kept
-    EXPECT_EQ(oxmesh::firstVertexWithSamePosition(mesh.positions),
-              (std::vector<std::uint32_t>{0, 1, 2, 3, 4}));
+    EXPECT_EQ(oxmesh::statisticsOf(mesh).duplicatePositions, 0u);
 }
 
 TEST(WeldByPosition, EmptyAndDuplicateFreeMeshesAreUnchanged)

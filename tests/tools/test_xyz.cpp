@@ -1,9 +1,9 @@
 // XYZ point clouds: the separators, comments and line ends text exports use; the
 // broken-input corpus; exact round trips through the writer.
-#include "io/XyzReader.h"
-#include "io/XyzWriter.h"
+#include "formats/XyzReader.h"
+#include "formats/XyzWriter.h"
 
-#include "io/InputError.h"
+#include "formats/FileError.h"
 #include "test_ply_support.h"
 
 #include <gtest/gtest.h>
@@ -24,7 +24,7 @@ std::string parseError(const std::string& text)
 {
     try {
         parse(text);
-    } catch (const oxmesh::InputError& e) {
+    } catch (const oxmesh::FileError& e) {
         return e.what();
     }
     return "";
@@ -134,7 +134,7 @@ TEST(Xyz, RandomCorruptionGivesCleanErrorsOnly)
             const oxmesh::MeshData m = parse(bytes);
             ++reads;
             EXPECT_TRUE(m.normals.empty() || m.normals.size() == m.positions.size());
-        } catch (const oxmesh::InputError&) {
+        } catch (const oxmesh::FileError&) {
             ++failures;
         }
     }

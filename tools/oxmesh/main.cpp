@@ -16,7 +16,8 @@
 #include "commands/NormalsCommand.h"
 #include "commands/ReconstructCommand.h"
 #include "commands/SimplifyCommand.h"
-#include "io/InputError.h"
+#include "formats/FileError.h"
+#include "oxMeshLibInit.h"
 #include "oxMeshLibVersion.h"
 
 namespace {
@@ -37,7 +38,7 @@ int runCommand(oxmesh::Command& command)
 {
     try {
         return command.run();
-    } catch (const oxmesh::InputError& error) {
+    } catch (const oxmesh::FileError& error) {
         reportError(error.what());
     } catch (const std::bad_alloc&) {
         reportError("out of memory reading " + command.inputPath());
@@ -53,6 +54,9 @@ int runCommand(oxmesh::Command& command)
 
 int main(int argc, char** argv)
 {
+    // The library's own progress lines stay out of the tool's output (reconstruct --verbose
+    // shows them).
+    ox::oxMeshLib::SetMessageStream(nullptr);
     CLI::App app{"Inspect and convert meshes and point clouds.", "oxmesh"};
     oxmesh::GlobalOptions global;
     app.add_flag("-q,--quiet", global.quiet, "No progress bar and no summary lines");

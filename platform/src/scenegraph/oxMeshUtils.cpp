@@ -1,6 +1,6 @@
 #include "scenegraph/oxMeshUtils.h"
 
-#include "oxVertexWelder.h"
+#include "addons/oxColocate.h"
 #include "scenegraph/oxGeometry.h"
 #include "scenegraph/oxNode.h"
 
@@ -91,28 +91,44 @@ oxPointer<oxSpatial> oxMeshUtils::MergeTreeGeometries(oxSpatial* root, float tol
         withNormals = withNormals && mesh->GetVertexBuffer()->GetAttributes().HasNormal();
     }
 
-    // Weld in visiting order; a cluster's first vertex provides its position and normal.
-    detail::oxVertexWelder welder(tolerance);
-    std::vector<Wm4::Vector3<float>> positions;
-    std::vector<Wm4::Vector3<float>> normals;
-    std::vector<unsigned int> triangles;
-    std::vector<int> clusterOf;
+    // Every vertex in visiting order, in world coordinates; then one colocation over all of
+    // them: a group's first vertex provides its position and normal.
+    std::vector<float> world;
+    std::vector<Wm4::Vector3<float>> worldNormals;
+    std::vector<std::size_t> firstVertex;
     for (const oxTriMesh* mesh : meshes) {
         const oxVertexBuffer& vb = *mesh->GetVertexBuffer();
-        const oxTransformation& world = mesh->getWorldTransform();
-        const int vertexQuantity = vb.GetVertexQuantity();
-        clusterOf.assign(static_cast<std::size_t>(vertexQuantity), -1);
-        for (int v = 0; v < vertexQuantity; ++v) {
-            const Wm4::Vector3<float> position = world.ApplyForward(vb.Position3(v));
-            bool isNew = false;
-            clusterOf[static_cast<std::size_t>(v)] = welder.add(position, isNew);
-            if (isNew) {
-                positions.push_back(position);
-                if (withNormals) {
-                    normals.push_back(world.ApplyForwardNormal(vb.Normal3(v)));
-                }
+        const oxTransformation& transform = mesh->getWorldTransform();
+        firstVertex.push_back(world.size() / 3);
+        for (int v = 0; v < vb.GetVertexQuantity(); ++v) {
+            const Wm4::Vector3<float> position = transform.ApplyForward(vb.Position3(v));
+            world.insert(world.end(), {position.X(), position.Y(), position.Z()});
+            if (withNormals) {
+                worldNormals.push_back(transform.ApplyForwardNormal(vb.Normal3(v)));
             }
         }
+    }
+    const std::size_t total = world.size() / 3;
+    std::vector<unsigned int> representative(total);
+    ColocatePoints(world.data(), total, 3, tolerance, representative.data());
+    std::vector<unsigned int> group(total);
+    std::vector<Wm4::Vector3<float>> positions;
+    std::vector<Wm4::Vector3<float>> normals;
+    for (std::size_t v = 0; v < total; ++v) {
+        if (representative[v] != v) {
+            group[v] = group[representative[v]];
+            continue;
+        }
+        group[v] = static_cast<unsigned int>(positions.size());
+        positions.emplace_back(world[3 * v], world[3 * v + 1], world[3 * v + 2]);
+        if (withNormals) {
+            normals.push_back(worldNormals[v]);
+        }
+    }
+    std::vector<unsigned int> triangles;
+    for (std::size_t m = 0; m < meshes.size(); ++m) {
+        const oxTriMesh* mesh = meshes[m];
+        const int vertexQuantity = mesh->GetVertexBuffer()->GetVertexQuantity();
         for (int t = 0; t < mesh->GetTriangleQuantity(); ++t) {
             int corner[3];
             if (!mesh->GetTriangle(t, corner[0], corner[1], corner[2])) {
@@ -122,14 +138,13 @@ oxPointer<oxSpatial> oxMeshUtils::MergeTreeGeometries(oxSpatial* root, float tol
                             [vertexQuantity](int k) { return k < 0 || k >= vertexQuantity; })) {
                 continue;
             }
-            const int a = clusterOf[static_cast<std::size_t>(corner[0])];
-            const int b = clusterOf[static_cast<std::size_t>(corner[1])];
-            const int c = clusterOf[static_cast<std::size_t>(corner[2])];
+            const unsigned int a = group[firstVertex[m] + static_cast<std::size_t>(corner[0])];
+            const unsigned int b = group[firstVertex[m] + static_cast<std::size_t>(corner[1])];
+            const unsigned int c = group[firstVertex[m] + static_cast<std::size_t>(corner[2])];
             if (a == b || b == c || a == c) {
                 continue;
             }
-            triangles.insert(triangles.end(), {static_cast<unsigned int>(a), static_cast<unsigned int>(b),
-                                               static_cast<unsigned int>(c)});
+            triangles.insert(triangles.end(), {a, b, c});
         }
     }
 

@@ -2,33 +2,26 @@
 
 #include <cstdio>
 
-#include "commands/ProgressBar.h"
-#include "io/MeshReader.h"
-#include "io/MeshWriter.h"
+#include "formats/MeshWriter.h"
 
 namespace oxmesh {
 
 ConvertCommand::ConvertCommand(CLI::App& app, const GlobalOptions& global)
     : Command(app, global, "convert", "Convert a mesh or point cloud to .ply, .xyz or .obj")
 {
-    subcommand_->add_option("IN", input_, "File to read (any supported format)")->required();
-    subcommand_->add_option("-o,--output", output_, "File to write; the extension picks the format")
+    m_subcommand->add_option("IN", m_input, "File to read (any supported format)")->required();
+    m_subcommand->add_option("-o,--output", m_output, "File to write; the extension picks the format")
         ->required();
-    subcommand_->add_flag("--ascii", ascii_, "Write PLY as text instead of binary little-endian");
+    m_subcommand->add_flag("--ascii", m_ascii, "Write PLY as text instead of binary little-endian");
 }
 
 int ConvertCommand::run()
 {
-    checkOutputExtension(output_);
-    MeshData mesh;
-    {
-        ProgressBar bar("reading " + input_,
-                        global_.quiet ? ProgressBar::Mode::Never : ProgressBar::Mode::Auto);
-        mesh = readMesh(input_, bar.function());
-    }
-    writeMesh(output_, mesh, ascii_);
-    if (!global_.quiet)
-        std::printf("%s: %zu vertices, %zu triangles\n", output_.c_str(), mesh.vertexCount(),
+    checkOutputExtension(m_output);
+    const MeshData mesh = readInput();
+    writeMesh(m_output, mesh, m_ascii);
+    if (!m_global.quiet)
+        std::printf("%s: %zu vertices, %zu triangles\n", m_output.c_str(), mesh.vertexCount(),
                     mesh.triangleCount());
     return std::fflush(stdout) == 0 ? 0 : 1;
 }

@@ -16,12 +16,12 @@ public:
 
     /// Checks the output extension, reads the input as one mesh (validated), writes the output
     /// atomically (no partial file on failure) and prints a one-line summary unless --quiet.
-    /// Returns 0; file problems are thrown as InputError.
+    /// Returns 0; file problems are thrown as FileError.
     int run() override;
 
 private:
-    std::string output_;
-    bool ascii_ = false;
+    std::string m_output;
+    bool m_ascii = false;
 };
 
 }  // namespace oxmesh

@@ -3,13 +3,17 @@
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
+#include <memory>
 #include <system_error>
 
-#include "commands/ProgressBar.h"
-#include "commands/Reconstruction.h"
-#include "io/InputError.h"
-#include "io/MeshReader.h"
-#include "io/MeshWriter.h"
+#include "cli/CloudChecks.h"
+#include "cli/ProgressBar.h"
+#include "cli/Reports.h"
+#include "formats/FileError.h"
+#include "formats/MeshWriter.h"
+#include "formats/SceneConversion.h"
+#include "oxPointSetQuery.h"
+#include "oxSurfaceReconstruction.h"
 
 // The build passes the bundled cloud's path in the source tree; a build without it needs --input.
 #ifndef OXMESH_DEMO_CLOUD
@@ -36,62 +40,63 @@ std::string DemoCommand::bundledCloud()
 DemoCommand::DemoCommand(CLI::App& app, const GlobalOptions& global)
     : Command(app, global, "demo", "Reconstruct a bundled point cloud with both surfaces")
 {
-    input_ = bundledCloud();
-    subcommand_->add_option("--output-dir", outputDir_,
-                            "Folder for the two meshes (default ./oxmesh-demo-output)");
-    subcommand_->add_option("--input", input_, "Oriented cloud to use instead of the bundled one");
-    subcommand_
-        ->add_option("--depth", depth_, "Grid of 2^N cells along the longest side, 1 to 10 (default 7)")
+    m_input = bundledCloud();
+    m_subcommand->add_option("--output-dir", m_outputDir,
+                             "Folder for the two meshes (default ./oxmesh-demo-output)");
+    m_subcommand->add_option("--input", m_input, "Oriented cloud to use instead of the bundled one");
+    m_subcommand
+        ->add_option("--depth", m_depth, "Grid of 2^N cells along the longest side, 1 to 10 (default 7)")
         ->check(CLI::Range(1u, 10u));
 }
 
 int DemoCommand::run()
 {
-    if (input_.empty())
-        throw InputError("demo", "this build does not know where its bundled cloud is; pass --input FILE");
-    const auto mode = global_.quiet ? ProgressBar::Mode::Never : ProgressBar::Mode::Auto;
+    namespace pp = ox::oxPointSetProcessing;
+    if (m_input.empty())
+        throw FileError("demo", "this build does not know where its bundled cloud is; pass --input FILE");
     std::error_code error;
-    fs::create_directories(outputDir_, error);
-    if (error || !fs::is_directory(outputDir_))
-        throw InputError(outputDir_,
-                         "cannot create the output folder: " +
-                             (error ? error.message() : std::string("a file of that name exists")));
+    fs::create_directories(m_outputDir, error);
+    if (error || !fs::is_directory(m_outputDir))
+        throw FileError(m_outputDir,
+                        "cannot create the output folder: " +
+                            (error ? error.message() : std::string("a file of that name exists")));
 
     auto start = std::chrono::steady_clock::now();
-    MeshData cloud;
-    {
-        ProgressBar bar("reading " + input_, mode);
-        cloud = readMesh(input_, bar.function());
-    }
-    checkOrientedCloud(input_, cloud);
+    const MeshData input = readInput();
+    const ox::oxPointer<ox::oxVertexBuffer> cloud(toVertexBuffer(input));
+    checkOrientedCloud(m_input, *cloud, input.hasNormals());
     const double readSeconds = secondsSince(start);
     start = std::chrono::steady_clock::now();
-    const CloudQuery query(cloud);
+    const std::unique_ptr<ox::oxPointSetQuery> query = pp::BuildReconstructionQuery(*cloud);
     const double querySeconds = secondsSince(start);
-    if (!global_.quiet)
-        std::printf("%s: %zu points; read %s, query %s; meshing at depth %u\n", input_.c_str(),
-                    cloud.vertexCount(), formatSeconds(readSeconds).c_str(),
-                    formatSeconds(querySeconds).c_str(), depth_);
+    if (!m_global.quiet)
+        std::printf("%s: %zu points; read %s, query %s; meshing at depth %u\n", m_input.c_str(),
+                    input.vertexCount(), formatSeconds(readSeconds).c_str(),
+                    formatSeconds(querySeconds).c_str(), m_depth);
 
-    const std::string stem = fs::path(input_).stem().string();
-    for (const SurfaceKind kind : {SurfaceKind::Apss, SurfaceKind::Rimls}) {
+    const std::string stem = fs::path(m_input).stem().string();
+    for (const pp::tSurfaceKind kind : {pp::tSurfaceKind::Apss, pp::tSurfaceKind::Rimls}) {
         const std::string output =
-            (fs::path(outputDir_) / (stem + "-" + surfaceName(kind) + ".ply")).string();
-        Reconstruction result;
+            (fs::path(m_outputDir) / (stem + "-" + surfaceName(kind) + ".ply")).string();
+        pp::tReconstructionOptions options;
+        options.surface = kind;
+        options.depth = m_depth;
+        pp::tReconstructionReport report;
+        ox::oxPointer<ox::oxTriMesh> mesh;
         {
-            ProgressBar bar(std::string("meshing (") + surfaceName(kind) + ")", mode);
-            result = reconstructSurface(query, kind, depth_, &bar, nullptr);
+            ProgressBar bar(std::string("meshing (") + surfaceName(kind) + ")", progressMode());
+            mesh = pp::ReconstructSurface(*query, options, &bar, &report);
         }
         start = std::chrono::steady_clock::now();
-        writeMesh(output, result.mesh);
+        writeMesh(output, fromTriMesh(*mesh));
         const double writeSeconds = secondsSince(start);
-        if (global_.quiet)
+        if (m_global.quiet)
             continue;
-        std::printf("%s: %s; %s, write %s\n", surfaceName(kind), describeMesh(result.mesh).c_str(),
-                    describeStages(result).c_str(), formatSeconds(writeSeconds).c_str());
-        const std::string cleanup = describeCleanup(result.cleanup);
-        if (!cleanup.empty())
-            std::printf("  %s\n", cleanup.c_str());
+        std::printf("%s: %s; %s, write %s\n", surfaceName(kind), describeMesh(*mesh).c_str(),
+                    describeStages(report).c_str(), formatSeconds(writeSeconds).c_str());
+        const std::string repair = describeRepair(report.repair);
+        if (!repair.empty())
+            std::printf("  %s\n", repair.c_str());
         std::printf("  -> %s\n", output.c_str());
     }
     return std::fflush(stdout) == 0 ? 0 : 1;

@@ -22,15 +22,15 @@ public:
     /// and DIR/<name>-rimls.ply (DIR is created when missing). Prints the counts, the time per
     /// stage, what the clean-up did (when it had to run) and the output paths (nothing with
     /// --quiet). Returns 0; a missing cloud, a cloud without normals or an unwritable folder
-    /// are thrown as InputError.
+    /// are thrown as FileError.
     int run() override;
 
     /// The bundled cloud as the build recorded its path (in the source tree).
     static std::string bundledCloud();
 
 private:
-    std::string outputDir_ = "oxmesh-demo-output";
-    unsigned int depth_ = 7;
+    std::string m_outputDir = "oxmesh-demo-output";
+    unsigned int m_depth = 7;
 };
 
 }  // namespace oxmesh

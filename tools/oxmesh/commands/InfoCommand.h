@@ -16,11 +16,11 @@ public:
     InfoCommand(CLI::App& app, const GlobalOptions& global);
 
     /// Reads the file (progress bar on a terminal), computes its statistics and prints the report
-    /// on stdout. Returns 0; file problems are thrown as InputError.
+    /// on stdout. Returns 0; file problems are thrown as FileError.
     int run() override;
 
 private:
-    bool json_ = false;
+    bool m_json = false;
 };
 
 }  // namespace oxmesh

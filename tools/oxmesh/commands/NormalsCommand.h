@@ -19,13 +19,13 @@ public:
     /// by local PCA over the k nearest points, orients them over a minimum spanning tree
     /// (outwards, per connected part) or towards --viewpoint, and writes the points with their
     /// new normals (faces, when the input has them, are kept). Returns 0; file problems are
-    /// thrown as InputError.
+    /// thrown as FileError.
     int run() override;
 
 private:
-    std::string output_;
-    std::vector<float> viewpoint_;
-    unsigned int neighbours_ = 16;
+    std::string m_output;
+    std::vector<float> m_viewpoint;
+    unsigned int m_neighbours = 16;
 };
 
 }  // namespace oxmesh

@@ -3,12 +3,18 @@
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
+#include <iostream>
 
-#include "commands/ProgressBar.h"
-#include "io/AtomicFile.h"
-#include "io/InputError.h"
-#include "io/MeshReader.h"
-#include "io/MeshWriter.h"
+#include "cli/CloudChecks.h"
+#include "cli/ProgressBar.h"
+#include "cli/Reports.h"
+#include "formats/AtomicFile.h"
+#include "formats/FileError.h"
+#include "formats/MeshWriter.h"
+#include "formats/SceneConversion.h"
+#include "oxMeshLibInit.h"
+#include "oxPointSetProcessing.h"
+#include "oxSurfaceReconstruction.h"
 
 namespace oxmesh {
 namespace {
@@ -23,85 +29,85 @@ double secondsSince(std::chrono::steady_clock::time_point start)
 ReconstructCommand::ReconstructCommand(CLI::App& app, const GlobalOptions& global)
     : Command(app, global, "reconstruct", "Mesh the surface of an oriented point cloud")
 {
-    subcommand_
-        ->add_option("IN", input_, "Point cloud with normals (any supported format; faces are ignored)")
+    m_subcommand
+        ->add_option("IN", m_input, "Point cloud with normals (any supported format; faces are ignored)")
         ->required();
-    subcommand_->add_option("-o,--output", output_, "Mesh to write (.ply, .obj or .xyz)")->required();
-    subcommand_
-        ->add_option("--surface", surfaceText_,
+    m_subcommand->add_option("-o,--output", m_output, "Mesh to write (.ply, .obj or .xyz)")->required();
+    m_subcommand
+        ->add_option("--surface", m_surfaceText,
                      "apss: algebraic spheres, smooth (default); rimls: robust planes, keeps sharp edges")
         ->check(CLI::IsMember({"apss", "rimls"}));
-    subcommand_
-        ->add_option("--depth", depth_, "Grid of 2^N cells along the longest side, 1 to 10 (default 7)")
+    m_subcommand
+        ->add_option("--depth", m_depth, "Grid of 2^N cells along the longest side, 1 to 10 (default 7)")
         ->check(CLI::Range(1u, 10u));
-    subcommand_->add_flag("--estimate-normals", estimateNormals_,
-                          "Estimate and orient normals first (replaces normals the file has)");
-    subcommand_->add_flag("--raw", raw_,
-                          "Write the mesher's output as it is, without splitting pinched vertices, dropping "
-                          "stray pieces and closing small holes");
-    subcommand_->add_flag("-v,--verbose", verbose_, "Also print the mesher's own progress lines");
+    m_subcommand->add_flag("--estimate-normals", m_estimateNormals,
+                           "Estimate and orient normals first (replaces normals the file has)");
+    m_subcommand->add_flag("--raw", m_raw,
+                           "Write the mesher's output as it is, without splitting pinched vertices, dropping "
+                           "stray pieces and closing small holes");
+    m_subcommand->add_flag("-v,--verbose", m_verbose, "Also print the mesher's own progress lines");
 }
 
 int ReconstructCommand::run()
 {
-    const SurfaceKind surface = surfaceText_ == "rimls" ? SurfaceKind::Rimls : SurfaceKind::Apss;
-    checkOutputExtension(output_);
+    namespace pp = ox::oxPointSetProcessing;
+    pp::tReconstructionOptions options;
+    options.surface = m_surfaceText == "rimls" ? pp::tSurfaceKind::Rimls : pp::tSurfaceKind::Apss;
+    options.depth = m_depth;
+    options.repair = !m_raw;
+    checkOutputExtension(m_output);
     // An unwritable output fails now, not after the meshing.
-    if (std::filesystem::is_directory(output_))
-        throw InputError(output_, "cannot write: it is a folder");
+    if (std::filesystem::is_directory(m_output))
+        throw FileError(m_output, "cannot write: it is a folder");
     {
-        AtomicFile probe(output_);
+        AtomicFile probe(m_output);
     }
-    const auto mode = global_.quiet ? ProgressBar::Mode::Never : ProgressBar::Mode::Auto;
 
     auto start = std::chrono::steady_clock::now();
-    MeshData cloud;
-    {
-        ProgressBar bar("reading " + input_, mode);
-        cloud = readMesh(input_, bar.function());
-    }
+    const MeshData input = readInput();
     const double readSeconds = secondsSince(start);
+    const ox::oxPointer<ox::oxVertexBuffer> cloud(toVertexBuffer(input, m_estimateNormals));
 
     std::size_t dropped = 0;
     double estimateSeconds = 0.0;
-    if (estimateNormals_) {
-        if (cloud.vertexCount() < kMinReconstructionPoints)
-            checkOrientedCloud(input_, cloud);  // too few points
+    if (m_estimateNormals) {
+        if (cloud->GetVertexQuantity() < int(pp::kMinReconstructionPoints))
+            checkOrientedCloud(m_input, *cloud, false);  // too few points
         start = std::chrono::steady_clock::now();
-        ProgressBar bar("estimating normals", mode);
-        dropped = estimateOrientedNormals(cloud, 16, &bar);
+        ProgressBar bar("estimating normals", progressMode());
+        pp::EstimateOrientedNormals(*cloud, 16, &bar);
+        dropped = pp::RemovePointsWithoutNormal(*cloud);
         estimateSeconds = secondsSince(start);
     }
-    checkOrientedCloud(input_, cloud);
+    checkOrientedCloud(m_input, *cloud, m_estimateNormals || input.hasNormals());
 
-    start = std::chrono::steady_clock::now();
-    const CloudQuery query(cloud);
-    const double querySeconds = secondsSince(start);
-
-    Reconstruction result;
+    pp::tReconstructionReport report;
+    ox::oxPointer<ox::oxTriMesh> mesh;
     {
-        ProgressBar bar(std::string("meshing (") + surfaceName(surface) + ")", mode);
-        result = reconstructSurface(query, surface, depth_, &bar, verbose_ ? stdout : nullptr, !raw_);
+        ProgressBar bar(std::string("meshing (") + surfaceName(options.surface) + ")", progressMode());
+        std::ostream* previous = ox::oxMeshLib::SetMessageStream(m_verbose ? &std::cout : nullptr);
+        mesh = pp::ReconstructSurface(*cloud, options, &bar, &report);
+        ox::oxMeshLib::SetMessageStream(previous);
     }
-    if (result.mesh.triangleCount() == 0)
-        throw InputError(input_, "no surface found near the points (the potential has no sign change); "
+    if (!mesh || mesh->GetTriangleQuantity() == 0)
+        throw FileError(m_input, "no surface found near the points (the potential has no sign change); "
                                  "check that the normals are consistently oriented");
 
     start = std::chrono::steady_clock::now();
-    writeMesh(output_, result.mesh);
+    writeMesh(m_output, fromTriMesh(*mesh));
     const double writeSeconds = secondsSince(start);
 
-    if (!global_.quiet) {
+    if (!m_global.quiet) {
         std::string times = "read " + formatSeconds(readSeconds);
-        if (estimateNormals_)
+        if (m_estimateNormals)
             times += ", estimated normals " + formatSeconds(estimateSeconds);
-        times += ", query " + formatSeconds(querySeconds) + ", " + describeStages(result) + ", write " +
-                 formatSeconds(writeSeconds);
-        std::printf("%s: %s (%s, depth %u); %s\n", output_.c_str(), describeMesh(result.mesh).c_str(),
-                    surfaceName(surface), depth_, times.c_str());
-        const std::string cleanup = describeCleanup(result.cleanup);
-        if (!cleanup.empty())
-            std::printf("%s\n", cleanup.c_str());
+        times += ", query " + formatSeconds(report.querySeconds) + ", " + describeStages(report) +
+                 ", write " + formatSeconds(writeSeconds);
+        std::printf("%s: %s (%s, depth %u); %s\n", m_output.c_str(), describeMesh(*mesh).c_str(),
+                    surfaceName(options.surface), m_depth, times.c_str());
+        const std::string repair = describeRepair(report.repair);
+        if (!repair.empty())
+            std::printf("%s\n", repair.c_str());
         if (dropped)
             std::printf("warning: %zu points got no normal (their neighbours do not span a plane) and were "
                         "left out\n",

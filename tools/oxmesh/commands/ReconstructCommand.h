@@ -8,7 +8,7 @@
 #include <CLI/CLI.hpp>
 
 #include "commands/Command.h"
-#include "commands/Reconstruction.h"
+#include <string>
 
 namespace oxmesh {
 
@@ -21,17 +21,17 @@ public:
     /// writes the mesh with vertex normals in the cloud's coordinates. A mesh that comes out open
     /// or non-manifold is cleaned up first unless --raw is given. Prints one summary line (counts,
     /// closed or open, time per stage), followed by one "clean-up: ..." line when the clean-up had
-    /// to run; with --verbose the mesher's own lines come before them. Returns 0; problems with the files or the cloud are thrown as InputError, and no output
+    /// to run; with --verbose the mesher's own lines come before them. Returns 0; problems with the files or the cloud are thrown as FileError, and no output
     /// file is left behind then.
     int run() override;
 
 private:
-    std::string output_;
-    std::string surfaceText_ = "apss";
-    unsigned int depth_ = 7;
-    bool estimateNormals_ = false;
-    bool raw_ = false;
-    bool verbose_ = false;
+    std::string m_output;
+    std::string m_surfaceText = "apss";
+    unsigned int m_depth = 7;
+    bool m_estimateNormals = false;
+    bool m_raw = false;
+    bool m_verbose = false;
 };
 
 }  // namespace oxmesh

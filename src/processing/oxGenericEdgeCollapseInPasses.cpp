@@ -1,0 +1,67 @@
+// The neighbourhood-limited edge collapse in passes, with valence-balancing edge flips between
+// them so that crowded vertices become collapsible again.
+#include "oxMeshProcessing.h"
+
+namespace ox {
+namespace oxMeshProcessing {
+
+namespace {
+
+/// Maps the progress of one collapse run (done / needed of its own collapses) onto the overall
+/// fraction of the triangles to remove that are gone.
+class tPassProgress : public oxProgressNotifierInterface {
+public:
+    tPassProgress(oxProgressNotifierInterface* outer, unsigned int before, unsigned int passStart,
+                  unsigned int target)
+        : m_outer(outer), m_before(before), m_passStart(passStart), m_target(target)
+    {}
+
+    void notifyProgress(float value) override
+    {
+        if (!m_outer || m_before <= m_target)
+            return;
+        const double removed = double(m_before - m_passStart) + double(value) * double(m_passStart - m_target);
+        m_outer->notifyProgress(float(removed / double(m_before - m_target)));
+    }
+
+private:
+    oxProgressNotifierInterface* m_outer;
+    unsigned int m_before, m_passStart, m_target;
+};
+
+}  // namespace
+
+void GenericEdgeCollapseInPasses(oxTriMesh& mesh, const tCollapsePassesOptions& options,
+                                 oxProgressNotifierInterface* progress, tCollapsePassesReport* report)
+{
+    tCollapsePassesReport local;
+    tCollapsePassesReport& out = report ? *report : local;
+    out = tCollapsePassesReport();
+    out.trianglesBefore = out.trianglesAfter = static_cast<unsigned int>(mesh.GetTriangleQuantity());
+    while (out.passes < options.maxPasses) {
+        if (out.passes > 0) {
+            const unsigned int flips = FlipEdgesForValence(mesh, options.maxBendDegrees);
+            out.flips += flips;
+            if (flips == 0)
+                break;
+        }
+        const std::vector<bool> locked = options.lockBoundary ? FindBoundaryVertices(mesh) : std::vector<bool>();
+        oxQuadricErrorMetric metric(options.lambda);
+        tEdgeCollapseReport run;
+        tPassProgress passProgress(progress, out.trianglesBefore, out.trianglesAfter, options.targetTriangleCount);
+        GenericEdgeCollapse(mesh, metric, options.targetTriangleCount, options.maxError,
+                            options.lockBoundary ? &locked : nullptr, &passProgress, &run);
+        ++out.passes;
+        out.stop = run.stop;
+        out.trianglesAfter = run.trianglesAfter;
+        if (run.stop != tCollapseStop::NoLegalCollapse)
+            break;
+        if (run.collapses == 0 && out.passes > 1)
+            break;
+    }
+    if (progress && out.stop == tCollapseStop::TargetReached)
+        progress->notifyProgress(1.0f);
+}
+
+}  // namespace oxMeshProcessing
+}  // namespace ox
