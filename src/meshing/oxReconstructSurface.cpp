@@ -174,7 +174,8 @@ oxPointer<oxTriMesh> ReconstructSurface(const oxPointSetQuery& query, const tRec
         out.repairRequested = true;
         oxMeshProcessing::tRepairOptions repairOptions = options.repairOptions;
         repairOptions.unsupportedVertex = unsupportedTest(query, *mesh, options.unsupportedFraction);
-        oxMeshProcessing::RepairMesh(*mesh, oxMeshProcessing::kRepairReconstruction, repairOptions, &out.repair);
+        oxMeshProcessing::RepairMesh(*mesh, oxMeshProcessing::kRepairReconstruction, repairOptions,
+                                     &out.repair);
         out.repairSeconds = secondsSince(start);
     }
     if (progress)

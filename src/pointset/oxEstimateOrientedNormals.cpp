@@ -27,7 +27,8 @@ private:
 
 }  // namespace
 
-unsigned int EstimateOrientedNormals(oxVertexBuffer& cloud, unsigned int k, oxProgressNotifierInterface* notifier)
+unsigned int EstimateOrientedNormals(oxVertexBuffer& cloud, unsigned int k,
+                                     oxProgressNotifierInterface* notifier)
 {
     const oxAttributes& layout = cloud.GetAttributes();
     if (!layout.HasNormal() || cloud.GetVertexQuantity() == 0)

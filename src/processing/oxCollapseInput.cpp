@@ -22,8 +22,10 @@ tCollapseInput checkCollapseInput(const oxTriMesh& mesh)
         if (indices[c] == indices[c + 1] || indices[c + 1] == indices[c + 2] || indices[c] == indices[c + 2])
             return tCollapseInput::NotManifold;
     bool crowded = false;
-    tEdgeSides(vertices, indices, corners).forEachEdge([&](unsigned int, unsigned int, const std::uint64_t*,
-                                                           std::size_t count) { crowded = crowded || count > 2; });
+    tEdgeSides(vertices, indices, corners)
+        .forEachEdge([&](unsigned int, unsigned int, const std::uint64_t*, std::size_t count) {
+            crowded = crowded || count > 2;
+        });
     return crowded ? tCollapseInput::NotManifold : tCollapseInput::Valid;
 }
 

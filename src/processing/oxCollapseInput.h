@@ -8,7 +8,8 @@
 namespace ox {
 namespace detail {
 
-constexpr const char* kNotManifoldMessage = "Error while initializing edge collapse: input mesh is not manifold";
+constexpr const char* kNotManifoldMessage =
+    "Error while initializing edge collapse: input mesh is not manifold";
 constexpr const char* kIndexOutOfRangeMessage =
     "Error while initializing edge collapse: vertex index out of range";
 

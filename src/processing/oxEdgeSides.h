@@ -58,8 +58,8 @@ private:
 
     const unsigned int* m_corners;
     const unsigned int* m_next;
-    std::vector<std::size_t> m_start;  ///< bucket of each lower vertex, plus the end
-    std::vector<std::uint64_t> m_keys; ///< higher vertex << 32 | side
+    std::vector<std::size_t> m_start;   ///< bucket of each lower vertex, plus the end
+    std::vector<std::uint64_t> m_keys;  ///< higher vertex << 32 | side
 };
 
 /// The distinct undirected edges of `triangleCount` triangles, numbered by first appearance

@@ -14,9 +14,9 @@ namespace detail {
 
 struct tEditableMesh {
     oxAttributes layout;
-    std::size_t stride = 0;              ///< floats per vertex record
-    std::vector<float> records;          ///< vertex records, `stride` floats each
-    std::vector<unsigned int> corners;   ///< three vertex indices per triangle
+    std::size_t stride = 0;             ///< floats per vertex record
+    std::vector<float> records;         ///< vertex records, `stride` floats each
+    std::vector<unsigned int> corners;  ///< three vertex indices per triangle
     int indexBufferType = 0;
 
     /// Copies the buffers of `mesh` (which must have a vertex and an index buffer).

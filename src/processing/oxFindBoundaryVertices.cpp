@@ -8,8 +8,8 @@
 
 namespace ox {
 
-std::vector<bool> oxMeshProcessing::FindBoundaryVertices(const unsigned int* triangles, std::size_t triangleCount,
-                                                         std::size_t vertexCount)
+std::vector<bool> oxMeshProcessing::FindBoundaryVertices(const unsigned int* triangles,
+                                                         std::size_t triangleCount, std::size_t vertexCount)
 {
     std::vector<bool> boundary(vertexCount, false);
     detail::tEdgeSides(vertexCount, triangles, 3 * triangleCount)
@@ -22,10 +22,12 @@ std::vector<bool> oxMeshProcessing::FindBoundaryVertices(const unsigned int* tri
 
 std::vector<bool> oxMeshProcessing::FindBoundaryVertices(const oxTriMesh& mesh)
 {
-    const std::size_t vertices = mesh.GetVertexBuffer() ? std::size_t(mesh.GetVertexBuffer()->GetVertexQuantity()) : 0;
+    const std::size_t vertices =
+        mesh.GetVertexBuffer() ? std::size_t(mesh.GetVertexBuffer()->GetVertexQuantity()) : 0;
     if (!mesh.GetIndexBuffer())
         return std::vector<bool>(vertices, false);
-    return FindBoundaryVertices(mesh.GetIndexBuffer()->GetData(), std::size_t(mesh.GetTriangleQuantity()), vertices);
+    return FindBoundaryVertices(mesh.GetIndexBuffer()->GetData(), std::size_t(mesh.GetTriangleQuantity()),
+                                vertices);
 }
 
 }  // namespace ox

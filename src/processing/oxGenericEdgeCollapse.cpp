@@ -1,9 +1,13 @@
-// The edge-collapse driver: set-up, priority queue, legality tests, union-find merging of
-// vertices and edges, and the final rebuild of the mesh.
+// The neighbourhood-limited edge collapse: the set-up of edges, neighbour maps and valencies,
+// an indexed queue of edges ordered by cost (ties by the smaller edge index), the legality
+// tests of each collapse (boundary, apex valency, link condition, the metric's fold-over and
+// crowding test), union-find merging of vertices and edges, and the final rebuild.
+//
+// Based on: Garland and Heckbert, Surface simplification using quadric error metrics, 1997;
+// the link condition of Dey, Edelsbrunner, Guha and Nekhayev, Topology preserving edge
+// contraction, 1999.
 #include <algorithm>
 #include <cmath>
-#include <iostream>
-#include <queue>
 
 #include "frame/oxMessages.h"
 #include "oxMeshProcessing.h"
@@ -11,6 +15,7 @@
 #include "processing/oxDisjointSets.h"
 #include "processing/oxEdgeSides.h"
 #include "processing/oxMeshCompaction.h"
+#include "processing/oxQuaternaryHeap.h"
 #include "scenegraph/oxIndexBuffer.h"
 #include "scenegraph/oxVertexBuffer.h"
 
@@ -18,22 +23,6 @@ namespace ox {
 namespace oxMeshProcessing {
 
 namespace {
-
-/// One queue entry; entries whose stamp is not the edge's current stamp are stale (lazy
-/// deletion), so re-costing an edge pushes a new entry instead of searching for the old one.
-struct tQueueEntry {
-    float cost;
-    unsigned int edge;
-    unsigned int stamp;
-};
-
-/// Heap order: smallest cost first, ties by the smaller edge index.
-struct tLaterEntry {
-    bool operator()(const tQueueEntry& x, const tQueueEntry& y) const
-    {
-        return x.cost > y.cost || (x.cost == y.cost && x.edge > y.edge);
-    }
-};
 
 /// Working state of one collapse run.
 struct tCollapseRun {
@@ -51,9 +40,7 @@ struct tCollapseRun {
     std::vector<unsigned int> valency;
     std::vector<char> locked, boundary;
     std::vector<float> costs;
-    std::vector<unsigned int> stamps;
-    std::vector<char> queued;
-    std::priority_queue<tQueueEntry, std::vector<tQueueEntry>, tLaterEntry> queue;
+    detail::tQuaternaryHeap<true> queue;  ///< queued edges by cost, ties by the smaller edge index
 
     tCollapseRun(oxTriMesh& m, oxQuadricErrorMetric& q)
         : mesh(m), metric(q), vertices(*m.GetVertexBuffer()), indices(m.GetIndexBuffer()->GetData()),
@@ -118,24 +105,10 @@ struct tCollapseRun {
     void enqueue(unsigned int e, float c)
     {
         costs[e] = c;
-        queued[e] = 1;
-        queue.push(tQueueEntry{c, e, ++stamps[e]});
+        queue.set(e, c);
     }
 
-    void dequeue(unsigned int e) { queued[e] = 0; }
-
-    /// Drops stale entries; false when the queue is empty.
-    bool settleFront()
-    {
-        while (!queue.empty()) {
-            const tQueueEntry& top = queue.top();
-            if (queued[top.edge] && stamps[top.edge] == top.stamp) {
-                return true;
-            }
-            queue.pop();
-        }
-        return false;
-    }
+    void dequeue(unsigned int e) { queue.remove(e); }
 
     /// Corner of triangle t that is neither a nor b (kNoIndex when there is none).
     unsigned int apex(unsigned int t, unsigned int a, unsigned int b)
@@ -247,6 +220,93 @@ struct tCollapseRun {
     }
 };
 
+/// Paints every vertex (1, 0.2, 0.2) when the buffer has colour unit 0; survivors of collapses
+/// are painted (0.2, 0.2, 1) later, so the output shows which vertices absorbed collapses.
+void paintInputColours(tCollapseRun& run)
+{
+    if (!run.hasColor)
+        return;
+    for (int v = 0; v < run.vertices.GetVertexQuantity(); ++v)
+        run.vertices.Color3(0, v) = Wm4::ColorRGB(1.0f, 0.2f, 0.2f);
+}
+
+void lockVertices(tCollapseRun& run, const std::vector<bool>* lockedVertices, unsigned int vertexCount)
+{
+    run.locked.assign(vertexCount, 0);
+    if (lockedVertices == nullptr)
+        return;
+    for (unsigned int v = 0; v < vertexCount && v < lockedVertices->size(); ++v)
+        run.locked[v] = (*lockedVertices)[v];
+}
+
+/// The metric's quadrics and initial costs; every edge not locked at both ends is queued (an
+/// edge with one locked end is costed at that end's position).
+void queueEveryEdge(tCollapseRun& run)
+{
+    run.metric.init(run.mesh, run.edges, run.vertexSets.parents(), run.edgeParents, run.neighbours,
+                    run.costs);
+    const unsigned int edgeCount = static_cast<unsigned int>(run.edges.size());
+    run.queue.reset(edgeCount);
+    Vec3 position;
+    for (unsigned int e = 0; e < edgeCount; ++e) {
+        if (run.bothLocked(e))
+            continue;
+        if (run.locked[run.edges[e].v0] != run.locked[run.edges[e].v1])
+            run.costs[e] = run.cost(e, position);
+        run.queue.append(e, run.costs[e]);
+    }
+    run.queue.heapify();
+}
+
+/// Collapses the cheapest legal edges until `needed` collapses are done, the cheapest queued
+/// cost reaches the bound, or no legal edge is left. Returns the number of collapses.
+unsigned int collapseCheapestEdges(tCollapseRun& run, unsigned int needed,
+                                   oxProgressNotifierInterface* progress, tCollapseStop& stop)
+{
+    unsigned int done = 0;
+    stop = tCollapseStop::TargetReached;
+    while (done < needed) {
+        if (progress != nullptr)
+            progress->notifyProgress(static_cast<float>(done) / static_cast<float>(needed));
+        if (run.queue.empty()) {
+            stop = tCollapseStop::NoLegalCollapse;
+            break;
+        }
+        const unsigned int e = run.queue.topId();
+        const float queuedCost = run.queue.topKey();
+        if (queuedCost >= run.squaredMaxError) {
+            // An infinite front cost means every queued edge is illegal (fold-over or crowded).
+            stop = std::isinf(queuedCost) ? tCollapseStop::NoLegalCollapse : tCollapseStop::ErrorBoundReached;
+            break;
+        }
+        run.dequeue(e);
+        if (run.edgeParents[e] != e)
+            continue;
+        Vec3 position;
+        const float cost = run.cost(e, position);
+        const unsigned int a = run.find(run.edges[e].v0), b = run.find(run.edges[e].v1);
+        if (a == b || run.edges[e].t1 == kNoIndex || (run.boundary[a] && run.boundary[b]) ||
+            (run.locked[a] && run.locked[b]))
+            continue;
+        const unsigned int c0 = run.apex(run.edges[e].t0, a, b), c1 = run.apex(run.edges[e].t1, a, b);
+        if (c0 == kNoIndex || c1 == kNoIndex || c0 == c1 || run.valency[c0] <= 3 || run.valency[c1] <= 3 ||
+            run.linkFails(a, b, c0, c1))
+            continue;
+        if (cost != queuedCost && done < 100)
+            detail::messages() << "error at edge " << e << " (iteration" << done << "): " << cost
+                               << " != " << queuedCost << std::endl;
+        // The bound was tested on the queued cost; a finite recomputed cost collapses whatever
+        // its value. An infinite one (the neighbourhood changed since the edge was queued: the
+        // collapse would now fold a triangle over or touch a crowded fan) is refused: the edge
+        // stays out of the queue until a neighbouring collapse re-costs it.
+        if (!std::isfinite(cost))
+            continue;
+        run.collapse(e, a, b, c0, c1, position);
+        ++done;
+    }
+    return done;
+}
+
 }  // namespace
 
 void GenericEdgeCollapse(oxTriMesh& mesh, oxQuadricErrorMetric& metric, unsigned int targetTriangleCount,
@@ -265,100 +325,20 @@ void GenericEdgeCollapse(oxTriMesh& mesh, oxQuadricErrorMetric& metric, unsigned
                                                        : tCollapseStop::TargetReached;
         return;
     }
-    if (!detail::acceptCollapseInput(mesh)) {
+    if (!detail::acceptCollapseInput(mesh))
         return;
-    }
 
     tCollapseRun run(mesh, metric);
     run.squaredMaxError = metric.getSquaredMaxError();
     run.setUp(triangleCount, vertexCount);
-    if (run.hasColor) {
-        for (unsigned int v = 0; v < vertexCount; ++v) {
-            run.vertices.Color3(0, static_cast<int>(v)) = Wm4::ColorRGB(1.0f, 0.2f, 0.2f);
-        }
-    }
+    paintInputColours(run);
     if (targetTriangleCount > triangleCount) {
         out.stop = tCollapseStop::TargetAboveCount;
         return;
     }
-    run.locked.assign(vertexCount, 0);
-    if (lockedVertices != nullptr) {
-        for (unsigned int v = 0; v < vertexCount && v < lockedVertices->size(); ++v) {
-            run.locked[v] = (*lockedVertices)[v];
-        }
-    }
-    metric.init(mesh, run.edges, run.vertexSets.parents(), run.edgeParents, run.neighbours, run.costs);
-    const unsigned int edgeCount = static_cast<unsigned int>(run.edges.size());
-    run.stamps.assign(edgeCount, 0u);
-    run.queued.assign(edgeCount, 0);
-    {
-        std::vector<tQueueEntry> initial;
-        initial.reserve(edgeCount);
-        Vec3 position;
-        for (unsigned int e = 0; e < edgeCount; ++e) {
-            if (run.bothLocked(e)) {
-                continue;
-            }
-            if (run.locked[run.edges[e].v0] != run.locked[run.edges[e].v1]) {
-                run.costs[e] = run.cost(e, position);
-            }
-            run.queued[e] = 1;
-            initial.push_back(tQueueEntry{run.costs[e], e, 0u});
-        }
-        run.queue = decltype(run.queue)(tLaterEntry(), std::move(initial));
-    }
-
-    const unsigned int needed = (triangleCount - targetTriangleCount) / 2;
-    unsigned int done = 0;
-    out.stop = tCollapseStop::TargetReached;
-    while (done < needed) {
-        if (progress != nullptr) {
-            progress->notifyProgress(static_cast<float>(done) / static_cast<float>(needed));
-        }
-        if (!run.settleFront()) {
-            out.stop = tCollapseStop::NoLegalCollapse;
-            break;
-        }
-        const tQueueEntry front = run.queue.top();
-        if (front.cost >= run.squaredMaxError) {
-            // An infinite front cost means every queued edge is illegal (fold-over or crowded).
-            out.stop =
-                std::isinf(front.cost) ? tCollapseStop::NoLegalCollapse : tCollapseStop::ErrorBoundReached;
-            break;
-        }
-        run.queue.pop();
-        run.dequeue(front.edge);
-        const unsigned int e = front.edge;
-        if (run.edgeParents[e] != e) {
-            continue;
-        }
-        Vec3 position;
-        const float cost = run.cost(e, position);
-        const unsigned int a = run.find(run.edges[e].v0), b = run.find(run.edges[e].v1);
-        if (a == b || run.edges[e].t1 == kNoIndex || (run.boundary[a] && run.boundary[b]) ||
-            (run.locked[a] && run.locked[b])) {
-            continue;
-        }
-        const unsigned int c0 = run.apex(run.edges[e].t0, a, b), c1 = run.apex(run.edges[e].t1, a, b);
-        if (c0 == kNoIndex || c1 == kNoIndex || c0 == c1 || run.valency[c0] <= 3 || run.valency[c1] <= 3 ||
-            run.linkFails(a, b, c0, c1)) {
-            continue;
-        }
-        if (cost != front.cost && done < 100) {
-            detail::messages() << "error at edge " << e << " (iteration" << done << "): " << cost
-                               << " != " << front.cost << std::endl;
-        }
-        // The bound was tested on the queued cost; a finite recomputed cost collapses whatever
-        // its value. An infinite one (the neighbourhood changed since the edge was queued: the
-        // collapse would now fold a triangle over or touch a crowded fan) is refused: the edge
-        // stays out of the queue until a neighbouring collapse re-costs it.
-        if (!std::isfinite(cost)) {
-            continue;
-        }
-        run.collapse(e, a, b, c0, c1, position);
-        ++done;
-    }
-    out.collapses = done;
+    lockVertices(run, lockedVertices, vertexCount);
+    queueEveryEdge(run);
+    out.collapses = collapseCheapestEdges(run, (triangleCount - targetTriangleCount) / 2, progress, out.stop);
     run.rebuild(triangleCount, vertexCount);
     out.trianglesAfter = static_cast<unsigned int>(mesh.GetTriangleQuantity());
 }

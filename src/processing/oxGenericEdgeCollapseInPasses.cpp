@@ -20,7 +20,8 @@ public:
     {
         if (!m_outer || m_before <= m_target)
             return;
-        const double removed = double(m_before - m_passStart) + double(value) * double(m_passStart - m_target);
+        const double removed =
+            double(m_before - m_passStart) + double(value) * double(m_passStart - m_target);
         m_outer->notifyProgress(float(removed / double(m_before - m_target)));
     }
 
@@ -45,10 +46,12 @@ void GenericEdgeCollapseInPasses(oxTriMesh& mesh, const tCollapsePassesOptions& 
             if (flips == 0)
                 break;
         }
-        const std::vector<bool> locked = options.lockBoundary ? FindBoundaryVertices(mesh) : std::vector<bool>();
+        const std::vector<bool> locked =
+            options.lockBoundary ? FindBoundaryVertices(mesh) : std::vector<bool>();
         oxQuadricErrorMetric metric(options.lambda);
         tEdgeCollapseReport run;
-        tPassProgress passProgress(progress, out.trianglesBefore, out.trianglesAfter, options.targetTriangleCount);
+        tPassProgress passProgress(progress, out.trianglesBefore, out.trianglesAfter,
+                                   options.targetTriangleCount);
         GenericEdgeCollapse(mesh, metric, options.targetTriangleCount, options.maxError,
                             options.lockBoundary ? &locked : nullptr, &passProgress, &run);
         ++out.passes;

@@ -62,8 +62,8 @@ void computeNormalStats(const tMeshView& mesh, tMeshStatistics& stats)
 void countDuplicatePositions(const tMeshView& mesh, tMeshStatistics& stats)
 {
     std::vector<unsigned int> representative(mesh.vertexCount);
-    const std::size_t groups = ColocateVertices(mesh.positions, mesh.vertexCount, mesh.positionStride, 0.0f,
-                                                representative.data());
+    const std::size_t groups =
+        ColocateVertices(mesh.positions, mesh.vertexCount, mesh.positionStride, 0.0f, representative.data());
     stats.duplicatePositions = mesh.vertexCount - groups;
 }
 

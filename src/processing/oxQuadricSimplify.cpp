@@ -351,7 +351,7 @@ private:
     std::vector<char> m_moved;  ///< survivors of a collapse (the others keep their exact position)
     unsigned int m_collapses = 0;
     std::vector<char> m_locked;
-    detail::tQuaternaryHeap m_queue;  ///< edges by quadric error
+    detail::tQuaternaryHeap<> m_queue;  ///< edges by quadric error
     tPoint3d m_centre;
     double m_scale = 1.0;
     double m_maxError = std::numeric_limits<double>::infinity();

@@ -9,26 +9,30 @@
 namespace ox {
 namespace detail {
 
+/// With `kTiesById` false, equal keys leave in an order fixed by the sequence of operations;
+/// with true, the smaller id leaves first (a total order: the run does not depend on how the
+/// heap got there).
+template <bool kTiesById = false>
 class tQuaternaryHeap {
 public:
-    static constexpr unsigned int ABSENT = 0xFFFFFFFFu;
+    static constexpr unsigned int kAbsent = 0xFFFFFFFFu;
 
     /// Empties the heap and makes room for ids 0 .. idCount - 1.
     void reset(unsigned int idCount)
     {
         m_items.clear();
-        m_position.assign(idCount, ABSENT);
+        m_position.assign(idCount, kAbsent);
     }
 
     /// Room for ids up to idCount - 1 (keeps the heap).
     void growIds(unsigned int idCount)
     {
         if (idCount > m_position.size())
-            m_position.resize(idCount, ABSENT);
+            m_position.resize(idCount, kAbsent);
     }
 
     bool empty() const { return m_items.empty(); }
-    bool contains(unsigned int id) const { return m_position[id] != ABSENT; }
+    bool contains(unsigned int id) const { return m_position[id] != kAbsent; }
     unsigned int topId() const { return m_items.front().id; }
     float topKey() const { return m_items.front().key; }
 
@@ -37,10 +41,10 @@ public:
     void set(unsigned int id, float key)
     {
         const unsigned int at = m_position[id];
-        if (at == ABSENT) {
+        if (at == kAbsent) {
             m_items.push_back(tItem{key, id});
             siftUp(static_cast<unsigned int>(m_items.size() - 1));
-        } else if (key < m_items[at].key) {
+        } else if (less(tItem{key, id}, m_items[at])) {
             m_items[at].key = key;
             siftUp(at);
         } else {
@@ -70,16 +74,16 @@ public:
     void remove(unsigned int id)
     {
         const unsigned int at = m_position[id];
-        if (at == ABSENT)
+        if (at == kAbsent)
             return;
-        m_position[id] = ABSENT;
+        m_position[id] = kAbsent;
         const tItem last = m_items.back();
         m_items.pop_back();
         if (at == m_items.size())
             return;
         m_items[at] = last;
         m_position[last.id] = at;
-        if (at > 0 && last.key < m_items[(at - 1) / 4].key)
+        if (at > 0 && less(last, m_items[(at - 1) / 4]))
             siftUp(at);
         else
             siftDown(at);
@@ -90,6 +94,13 @@ private:
         float key;
         unsigned int id;
     };
+
+    static bool less(const tItem& a, const tItem& b)
+    {
+        if (kTiesById)
+            return a.key < b.key || (a.key == b.key && a.id < b.id);
+        return a.key < b.key;
+    }
 
     void place(unsigned int at, const tItem& item)
     {
@@ -102,7 +113,7 @@ private:
         const tItem moving = m_items[i];
         while (i > 0) {
             const unsigned int parent = (i - 1) / 4;
-            if (!(moving.key < m_items[parent].key))
+            if (!less(moving, m_items[parent]))
                 break;
             place(i, m_items[parent]);
             i = parent;
@@ -121,9 +132,9 @@ private:
             std::size_t best = first;
             const std::size_t last = first + 4 < n ? first + 4 : n;
             for (std::size_t c = first + 1; c < last; ++c)
-                if (m_items[c].key < m_items[best].key)
+                if (less(m_items[c], m_items[best]))
                     best = c;
-            if (!(m_items[best].key < moving.key))
+            if (!less(m_items[best], moving))
                 break;
             place(i, m_items[best]);
             i = static_cast<unsigned int>(best);
@@ -132,7 +143,7 @@ private:
     }
 
     std::vector<tItem> m_items;
-    std::vector<unsigned int> m_position;  ///< per id: index in m_items, or ABSENT
+    std::vector<unsigned int> m_position;  ///< per id: index in m_items, or kAbsent
 };
 
 }  // namespace detail

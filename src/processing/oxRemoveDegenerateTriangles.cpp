@@ -24,7 +24,8 @@ unsigned int removeDegenerateTriangles(tEditableMesh& mesh)
 
 unsigned int oxMeshProcessing::RemoveDegenerateTriangles(oxTriMesh& mesh)
 {
-    return detail::runOnMesh(mesh, 0u, detail::removeDegenerateTriangles, [](unsigned int n) { return n > 0; });
+    return detail::runOnMesh(mesh, 0u, detail::removeDegenerateTriangles,
+                             [](unsigned int n) { return n > 0; });
 }
 
 }  // namespace ox

@@ -29,7 +29,8 @@ unsigned int removeNonManifoldTriangles(tEditableMesh& mesh)
 
 unsigned int oxMeshProcessing::RemoveNonManifoldTriangles(oxTriMesh& mesh)
 {
-    return detail::runOnMesh(mesh, 0u, detail::removeNonManifoldTriangles, [](unsigned int n) { return n > 0; });
+    return detail::runOnMesh(mesh, 0u, detail::removeNonManifoldTriangles,
+                             [](unsigned int n) { return n > 0; });
 }
 
 }  // namespace ox

@@ -37,7 +37,8 @@ oxMeshProcessing::tSmallComponents removeSmallComponents(tEditableMesh& mesh, fl
 
 }  // namespace detail
 
-oxMeshProcessing::tSmallComponents oxMeshProcessing::RemoveSmallComponents(oxTriMesh& mesh, float fractionOfLargest)
+oxMeshProcessing::tSmallComponents oxMeshProcessing::RemoveSmallComponents(oxTriMesh& mesh,
+                                                                           float fractionOfLargest)
 {
     return detail::runOnMesh(
         mesh, tSmallComponents(),

@@ -32,7 +32,8 @@ void oxMeshProcessing::RepairMesh(oxTriMesh& mesh, unsigned int steps, const tRe
     if (steps & kRepairSplitPinched)
         out.pinchedVertices = detail::splitPinchedVertices(editable, out.addedVertexCopies);
     if (steps & kRepairRemoveSmallComponents) {
-        const tSmallComponents removed = detail::removeSmallComponents(editable, options.smallComponentFraction);
+        const tSmallComponents removed =
+            detail::removeSmallComponents(editable, options.smallComponentFraction);
         out.smallComponents = removed.components;
         out.smallComponentTriangles = removed.triangles;
     }

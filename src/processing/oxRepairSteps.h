@@ -8,7 +8,8 @@
 namespace ox {
 namespace detail {
 
-unsigned int trimUnsupportedTriangles(tEditableMesh& mesh, const oxMeshProcessing::tUnsupportedVertexTest& test);
+unsigned int trimUnsupportedTriangles(tEditableMesh& mesh,
+                                      const oxMeshProcessing::tUnsupportedVertexTest& test);
 unsigned int removeDegenerateTriangles(tEditableMesh& mesh);
 unsigned int removeNonManifoldTriangles(tEditableMesh& mesh);
 /// Returns the pinched vertices; `addedCopies` receives the vertex copies appended.

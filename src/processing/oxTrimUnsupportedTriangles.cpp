@@ -10,7 +10,8 @@
 namespace ox {
 namespace detail {
 
-unsigned int trimUnsupportedTriangles(tEditableMesh& mesh, const oxMeshProcessing::tUnsupportedVertexTest& test)
+unsigned int trimUnsupportedTriangles(tEditableMesh& mesh,
+                                      const oxMeshProcessing::tUnsupportedVertexTest& test)
 {
     const std::vector<unsigned int>& corners = mesh.corners;
     const std::size_t triangles = mesh.triangleCount();
@@ -60,7 +61,8 @@ unsigned int trimUnsupportedTriangles(tEditableMesh& mesh, const oxMeshProcessin
 
 }  // namespace detail
 
-unsigned int oxMeshProcessing::TrimUnsupportedTriangles(oxTriMesh& mesh, const tUnsupportedVertexTest& unsupported)
+unsigned int oxMeshProcessing::TrimUnsupportedTriangles(oxTriMesh& mesh,
+                                                        const tUnsupportedVertexTest& unsupported)
 {
     if (!unsupported)
         return 0;

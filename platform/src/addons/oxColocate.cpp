@@ -168,7 +168,8 @@ std::size_t colocateWithin(const float* points, std::size_t count, std::size_t s
                         if (r >= best)
                             continue;
                         const float* q = points + std::size_t(r) * stride;
-                        const double ex = double(q[0]) - p[0], ey = double(q[1]) - p[1], ez = double(q[2]) - p[2];
+                        const double ex = double(q[0]) - p[0], ey = double(q[1]) - p[1],
+                                     ez = double(q[2]) - p[2];
                         if (ex * ex + ey * ey + ez * ez <= squaredTolerance)
                             best = r;
                     }

@@ -25,17 +25,18 @@ const char* surfaceName(ox::oxPointSetProcessing::tSurfaceKind kind)
 std::string describeMesh(const ox::oxTriMesh& mesh)
 {
     const ox::oxMeshProcessing::tMeshStatistics stats = ox::oxMeshProcessing::ComputeMeshStatistics(mesh);
-    return plural(stats.vertices, "vertex", "vertices") + ", " + plural(stats.triangles, "triangle", "triangles") +
-           ", " + (stats.closed ? "closed" : "open") + " " + (stats.manifold ? "manifold" : "non-manifold");
+    return plural(stats.vertices, "vertex", "vertices") + ", " +
+           plural(stats.triangles, "triangle", "triangles") + ", " + (stats.closed ? "closed" : "open") +
+           " " + (stats.manifold ? "manifold" : "non-manifold");
 }
 
 std::string describeStages(const ox::oxPointSetProcessing::tReconstructionReport& report)
 {
     const ox::tGridMeshingReport& meshing = report.meshing;
     return "corner signs " + formatSeconds(meshing.cornerSignSeconds) + ", growth " +
-           formatSeconds(meshing.growthSeconds) + " (" + plural(meshing.iterations, "iteration", "iterations") +
-           "), bisection " + formatSeconds(meshing.bisectionSeconds) + ", normals " +
-           formatSeconds(report.finishSeconds) +
+           formatSeconds(meshing.growthSeconds) + " (" +
+           plural(meshing.iterations, "iteration", "iterations") + "), bisection " +
+           formatSeconds(meshing.bisectionSeconds) + ", normals " + formatSeconds(report.finishSeconds) +
            (report.repairRequested ? ", clean-up " + formatSeconds(report.repairSeconds) : std::string());
 }
 
@@ -48,7 +49,8 @@ std::string describeRepair(const ox::oxMeshProcessing::tRepairReport& report)
         done.push_back("trimmed " + plural(report.unsupportedTriangles, "triangle", "triangles") +
                        " away from the points");
     if (report.degenerateTriangles)
-        done.push_back("dropped " + plural(report.degenerateTriangles, "degenerate triangle", "degenerate triangles"));
+        done.push_back("dropped " +
+                       plural(report.degenerateTriangles, "degenerate triangle", "degenerate triangles"));
     if (report.nonManifoldTriangles)
         done.push_back("dropped " + plural(report.nonManifoldTriangles, "triangle", "triangles") +
                        " on non-manifold edges");
