@@ -7,6 +7,7 @@ set -euo pipefail
 
 packages=(
   cmake ninja-build g++ clang libclang-rt-14-dev   # compilers, fuzzing and sanitizer runtimes
+  clang-format                                     # the house formatting, checked by the tests
   libeigen3-dev                                    # the library: eigen-solvers, sparse solves
   libtinyobjloader-dev libassimp-dev libcli11-dev  # the oxmesh tool: file formats and arguments
   libgtest-dev libgmock-dev libbenchmark-dev       # tests and benchmarks

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Builds and runs every test of oxMeshLib on a fresh Debian machine:
 #   1. installs the Debian packages it needs (scripts/install-deps.sh),
+#      and checks that every C++ source is formatted (scripts/check-format.sh),
 #   2. release build + the whole GoogleTest suite (ctest),
 #   3. installs the package into a staging prefix and builds a separate consumer project
 #      against it with find_package(oxMeshLib CONFIG REQUIRED),
@@ -18,6 +19,9 @@ scripts/install-deps.sh
 
 passed=0
 failed=0
+
+echo "== formatting"
+if scripts/check-format.sh; then passed=$((passed + 1)); else failed=$((failed + 1)); fi
 run_ctest() {  # build-dir label
   local log
   log=$(mktemp)
