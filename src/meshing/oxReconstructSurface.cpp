@@ -5,6 +5,8 @@
 // query for each vertex's nearest point.
 #include "oxSurfaceReconstruction.h"
 
+#include "frame/oxOptionalReport.h"
+
 #include <algorithm>
 #include <chrono>
 #include <cmath>
@@ -155,8 +157,7 @@ oxPointer<oxTriMesh> ReconstructSurface(const oxPointSetQuery& query, const tRec
                                         oxProgressNotifierInterface* progress, tReconstructionReport* report)
 {
     tReconstructionReport local;
-    tReconstructionReport& out = report ? *report : local;
-    out = tReconstructionReport();
+    tReconstructionReport& out = detail::resetReport(report, local);
     tMeshingProgress meshingProgress(progress);
     oxPointer<oxTriMesh> mesh = meshSurface(query, options, meshingProgress, out);
     out.cellSize = out.meshing.cellSize * query.getScale();
@@ -187,8 +188,7 @@ oxPointer<oxTriMesh> ReconstructSurface(const oxVertexBuffer& cloud, const tReco
                                         oxProgressNotifierInterface* progress, tReconstructionReport* report)
 {
     tReconstructionReport local;
-    tReconstructionReport& out = report ? *report : local;
-    out = tReconstructionReport();
+    tReconstructionReport& out = detail::resetReport(report, local);
     const auto start = std::chrono::steady_clock::now();
     const std::unique_ptr<oxPointSetQuery> query = BuildReconstructionQuery(cloud);
     if (!query)

@@ -60,7 +60,7 @@ unsigned int tEditableMesh::appendAverage(const unsigned int* sources, std::size
     return added;
 }
 
-void tEditableMesh::keepTriangles(const std::vector<std::uint8_t>& drop)
+unsigned int tEditableMesh::keepTriangles(const std::vector<std::uint8_t>& drop)
 {
     std::size_t kept = 0;
     for (std::size_t t = 0; t < drop.size(); ++t) {
@@ -71,6 +71,7 @@ void tEditableMesh::keepTriangles(const std::vector<std::uint8_t>& drop)
         ++kept;
     }
     corners.resize(3 * kept);
+    return static_cast<unsigned int>(drop.size() - kept);
 }
 
 std::size_t tEditableMesh::dropUnusedVertices()

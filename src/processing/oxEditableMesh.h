@@ -33,8 +33,8 @@ struct tEditableMesh {
     /// for several, the mean normal is rescaled to unit length). Returns its index.
     unsigned int appendAverage(const unsigned int* sources, std::size_t count);
 
-    /// Keeps the triangles whose flag is 0, in order. O(T).
-    void keepTriangles(const std::vector<std::uint8_t>& drop);
+    /// Keeps the triangles whose flag is 0, in order; returns how many were dropped. O(T).
+    unsigned int keepTriangles(const std::vector<std::uint8_t>& drop);
 
     /// Drops the vertices no triangle uses and renumbers the rest in order; returns how many
     /// were dropped. O(V + T).

@@ -10,6 +10,7 @@
 #include <cmath>
 
 #include "frame/oxMessages.h"
+#include "frame/oxOptionalReport.h"
 #include "oxMeshProcessing.h"
 #include "processing/oxCollapseInput.h"
 #include "processing/oxDisjointSets.h"
@@ -313,9 +314,8 @@ void GenericEdgeCollapse(oxTriMesh& mesh, oxQuadricErrorMetric& metric, unsigned
                          float maxError, const std::vector<bool>* lockedVertices,
                          oxProgressNotifierInterface* progress, tEdgeCollapseReport* report)
 {
-    tEdgeCollapseReport localReport;
-    tEdgeCollapseReport& out = report ? *report : localReport;
-    out = tEdgeCollapseReport();
+    tEdgeCollapseReport local;
+    tEdgeCollapseReport& out = detail::resetReport(report, local);
     const unsigned int triangleCount = static_cast<unsigned int>(mesh.GetTriangleQuantity());
     const unsigned int vertexCount = detail::vertexCount(mesh);
     out.trianglesBefore = out.trianglesAfter = triangleCount;

@@ -1,5 +1,6 @@
 // The neighbourhood-limited edge collapse in passes, with valence-balancing edge flips between
 // them so that crowded vertices become collapsible again.
+#include "frame/oxOptionalReport.h"
 #include "oxMeshProcessing.h"
 
 namespace ox {
@@ -36,8 +37,7 @@ void GenericEdgeCollapseInPasses(oxTriMesh& mesh, const tCollapsePassesOptions& 
                                  oxProgressNotifierInterface* progress, tCollapsePassesReport* report)
 {
     tCollapsePassesReport local;
-    tCollapsePassesReport& out = report ? *report : local;
-    out = tCollapsePassesReport();
+    tCollapsePassesReport& out = detail::resetReport(report, local);
     out.trianglesBefore = out.trianglesAfter = static_cast<unsigned int>(mesh.GetTriangleQuantity());
     while (out.passes < options.maxPasses) {
         if (out.passes > 0) {

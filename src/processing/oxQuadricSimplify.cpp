@@ -8,6 +8,7 @@
 #include <limits>
 
 #include "frame/oxMessages.h"
+#include "frame/oxOptionalReport.h"
 #include "oxMeshProcessing.h"
 #include "processing/oxCollapseInput.h"
 #include "processing/oxCollapsibleMesh.h"
@@ -362,9 +363,8 @@ private:
 void QuadricSimplify(oxTriMesh& mesh, const tQuadricSimplifyOptions& options,
                      oxProgressNotifierInterface* progress, tEdgeCollapseReport* report)
 {
-    tEdgeCollapseReport localReport;
-    tEdgeCollapseReport& out = report ? *report : localReport;
-    out = tEdgeCollapseReport();
+    tEdgeCollapseReport local;
+    tEdgeCollapseReport& out = detail::resetReport(report, local);
     const unsigned int triangles = static_cast<unsigned int>(mesh.GetTriangleQuantity());
     out.trianglesBefore = out.trianglesAfter = triangles;
     if (triangles == 0 || mesh.GetVertexBuffer() == nullptr) {

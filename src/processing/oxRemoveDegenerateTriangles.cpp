@@ -10,14 +10,11 @@ namespace detail {
 unsigned int removeDegenerateTriangles(tEditableMesh& mesh)
 {
     std::vector<std::uint8_t> drop(mesh.triangleCount(), 0);
-    unsigned int dropped = 0;
     for (std::size_t t = 0; t < drop.size(); ++t) {
         const unsigned int* v = &mesh.corners[3 * t];
         drop[t] = v[0] == v[1] || v[1] == v[2] || v[0] == v[2];
-        dropped += drop[t];
     }
-    mesh.keepTriangles(drop);
-    return dropped;
+    return mesh.keepTriangles(drop);
 }
 
 }  // namespace detail

@@ -18,11 +18,7 @@ unsigned int removeNonManifoldTriangles(tEditableMesh& mesh)
             for (std::size_t i = 0; i < count; ++i)
                 drop[tEdgeSides::side(sides[i]) / 3] = 1;
         });
-    unsigned int dropped = 0;
-    for (std::uint8_t d : drop)
-        dropped += d;
-    mesh.keepTriangles(drop);
-    return dropped;
+    return mesh.keepTriangles(drop);
 }
 
 }  // namespace detail

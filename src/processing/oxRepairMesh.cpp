@@ -4,6 +4,7 @@
 // rims, two rims can touch at one vertex, sign noise leaves tiny pieces, and surfaces that run
 // past sharp edges leave flaps; the steps trim the flaps, make the mesh manifold and close the
 // small holes without moving a vertex.
+#include "frame/oxOptionalReport.h"
 #include "processing/oxRepairSteps.h"
 
 namespace ox {
@@ -12,8 +13,7 @@ void oxMeshProcessing::RepairMesh(oxTriMesh& mesh, unsigned int steps, const tRe
                                   tRepairReport* report)
 {
     tRepairReport local;
-    tRepairReport& out = report ? *report : local;
-    out = tRepairReport();
+    tRepairReport& out = detail::resetReport(report, local);
     if (!mesh.GetVertexBuffer() || !mesh.GetIndexBuffer() || mesh.GetTriangleQuantity() == 0)
         return;
     if (steps & kRepairOnlyWhenDefective) {

@@ -52,11 +52,7 @@ unsigned int trimUnsupportedTriangles(tEditableMesh& mesh,
                 drop[n] = 1, pending.push_back(n);
         }
     }
-    unsigned int dropped = 0;
-    for (std::uint8_t d : drop)
-        dropped += d;
-    mesh.keepTriangles(drop);
-    return dropped;
+    return mesh.keepTriangles(drop);
 }
 
 }  // namespace detail

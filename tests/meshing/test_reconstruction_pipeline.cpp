@@ -56,9 +56,8 @@ protected:
         s_cloud = sphereCloud(3000);
         pp::tReconstructionOptions options;
         options.depth = kDepth;
-        s_lines = new std::string(oxtest::capturedStdout([&] {
-            s_mesh = pp::ReconstructSurface(*s_cloud, options, &s_progress, &s_report);
-        }));
+        s_lines = new std::string(oxtest::capturedStdout(
+            [&] { s_mesh = pp::ReconstructSurface(*s_cloud, options, &s_progress, &s_report); }));
     }
     static void TearDownTestSuite()
     {
@@ -145,8 +144,9 @@ TEST_F(ReconstructionPipeline, SharedQueryGivesTheSameMeshBitForBit)
     const ox::oxVertexBuffer &a = *s_mesh->GetVertexBuffer(), &b = *again->GetVertexBuffer();
     ASSERT_EQ(a.GetVertexQuantity(), b.GetVertexQuantity());
     ASSERT_EQ(a.GetChannelQuantity(), b.GetChannelQuantity());
-    EXPECT_EQ(std::memcmp(a.GetData(), b.GetData(), sizeof(float) * a.GetChannelQuantity() * a.GetVertexQuantity()),
-              0);
+    EXPECT_EQ(
+        std::memcmp(a.GetData(), b.GetData(), sizeof(float) * a.GetChannelQuantity() * a.GetVertexQuantity()),
+        0);
     EXPECT_EQ(oxtest::trianglesOf(*s_mesh), oxtest::trianglesOf(*again));
 }
 

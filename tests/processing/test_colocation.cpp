@@ -79,8 +79,8 @@ TEST(ColocateVertices, NonFiniteSignedZeroHugeAndInvalidTolerance)
 {
     // Oracle: the stated rules, worked out by hand.
     const float nan = std::numeric_limits<float>::quiet_NaN(), inf = std::numeric_limits<float>::infinity();
-    const std::vector<float> p = {nan, 0, 0, nan, 0, 0, 0.0f, 1, 2, -0.0f, 1, 2, inf, 0, 0, inf, 0, 0,
-                                  3e38f, -3e38f, 3e38f, 3e38f, -3e38f, 3e38f};
+    const std::vector<float> p = {nan, 0, 0, nan, 0, 0, 0.0f,  1,      2,     -0.0f, 1,      2,
+                                  inf, 0, 0, inf, 0, 0, 3e38f, -3e38f, 3e38f, 3e38f, -3e38f, 3e38f};
     std::vector<unsigned> r(p.size() / 3);
     EXPECT_EQ(mp::ColocateVertices(p.data(), r.size(), 3, 0.0f, r.data()), 6u);
     EXPECT_EQ(r, (std::vector<unsigned>{0, 1, 2, 2, 4, 5, 6, 6}));
@@ -115,8 +115,9 @@ TEST(ColocateVertices, WeldSimilarVerticesClosesASoupOfPerCornerVertices)
 TEST(FindBoundaryVertices, EndsOfSingleUseEdgesByBruteForce)
 {
     // Oracle: the brute-force edge counts of the support topology checker.
-    for (const oxtest::Soup& soup : {oxtest::grid(6, 0.1f), oxtest::cylinder(9, 4, 1.0f, 2.0f),
-                                     oxtest::toSoup(*oxtest::sphere(8, 8, 1.0f)), oxtest::tetrahedronWithFin()}) {
+    for (const oxtest::Soup& soup :
+         {oxtest::grid(6, 0.1f), oxtest::cylinder(9, 4, 1.0f, 2.0f),
+          oxtest::toSoup(*oxtest::sphere(8, 8, 1.0f)), oxtest::tetrahedronWithFin()}) {
         std::vector<bool> expected(soup.p.size(), false);
         for (const auto& [edge, uses] : oxtest::edgeUses(soup))
             if (uses == 1)

@@ -48,36 +48,41 @@ std::size_t slotsFor(std::size_t n)
     return slots;
 }
 
+/// Visits the points in order: a non-finite point is its own group; otherwise `join(p, i)`
+/// returns the representative it joins, or kEmpty after filing it as a new representative.
+template <class Join>
+std::size_t colocate(const float* points, std::size_t count, std::size_t stride, unsigned int* representative,
+                     Join&& join)
+{
+    std::size_t groups = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        const float* p = points + i * stride;
+        const unsigned int found = isFinite(p) ? join(p, static_cast<unsigned int>(i)) : kEmpty;
+        representative[i] = found == kEmpty ? static_cast<unsigned int>(i) : found;
+        groups += found == kEmpty;
+    }
+    return groups;
+}
+
 std::size_t colocateExactly(const float* points, std::size_t count, std::size_t stride,
                             unsigned int* representative)
 {
     const std::size_t mask = slotsFor(count) - 1;
     std::vector<unsigned int> table(mask + 1, kEmpty);
-    std::size_t groups = 0;
-    for (std::size_t i = 0; i < count; ++i) {
-        const float* p = points + i * stride;
-        representative[i] = static_cast<unsigned int>(i);
-        if (!isFinite(p)) {
-            ++groups;
-            continue;
-        }
+    return colocate(points, count, stride, representative, [&](const float* p, unsigned int i) {
         const std::uint32_t kx = coordinateBits(p[0]), ky = coordinateBits(p[1]), kz = coordinateBits(p[2]);
         std::size_t slot = mix((std::uint64_t(kx) << 32 | ky) ^ mix(kz + 0x9e3779b97f4a7c15ULL)) & mask;
         for (;; slot = (slot + 1) & mask) {
             const unsigned int other = table[slot];
             if (other == kEmpty) {
-                table[slot] = static_cast<unsigned int>(i);
-                ++groups;
-                break;
+                table[slot] = i;
+                return kEmpty;
             }
             const float* q = points + std::size_t(other) * stride;
-            if (coordinateBits(q[0]) == kx && coordinateBits(q[1]) == ky && coordinateBits(q[2]) == kz) {
-                representative[i] = other;
-                break;
-            }
+            if (coordinateBits(q[0]) == kx && coordinateBits(q[1]) == ky && coordinateBits(q[2]) == kz)
+                return other;
         }
-    }
-    return groups;
+    });
 }
 
 /// Grid coordinate of a value for cells of side `cell`, clamped far inside the int64 range so
@@ -149,14 +154,7 @@ std::size_t colocateWithin(const float* points, std::size_t count, std::size_t s
     const double cell = tolerance;
     const double squaredTolerance = cell * cell;
     tCellTable table(count);
-    std::size_t groups = 0;
-    for (std::size_t i = 0; i < count; ++i) {
-        const float* p = points + i * stride;
-        representative[i] = static_cast<unsigned int>(i);
-        if (!isFinite(p)) {
-            ++groups;
-            continue;
-        }
+    return colocate(points, count, stride, representative, [&](const float* p, unsigned int i) {
         const std::int64_t home[3] = {gridCoordinate(p[0], cell), gridCoordinate(p[1], cell),
                                       gridCoordinate(p[2], cell)};
         unsigned int best = kEmpty;
@@ -174,14 +172,10 @@ std::size_t colocateWithin(const float* points, std::size_t count, std::size_t s
                             best = r;
                     }
                 }
-        if (best != kEmpty) {
-            representative[i] = best;
-            continue;
-        }
-        table.insert(home, static_cast<unsigned int>(i));
-        ++groups;
-    }
-    return groups;
+        if (best == kEmpty)
+            table.insert(home, i);
+        return best;
+    });
 }
 
 }  // namespace

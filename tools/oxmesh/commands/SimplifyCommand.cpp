@@ -35,29 +35,16 @@ std::string notManifoldHint(const mp::tMeshStatistics& stats, const std::string&
     return hint + " (see 'oxmesh info " + input + "')";
 }
 
-/// Diagonal of the bounding box of the mesh's vertices (0 for no vertices).
-double boundingBoxDiagonal(const ox::oxTriMesh& mesh)
+/// Sides of the bounding box of the mesh's vertices (zero for no vertices).
+ox::Vec3 boundingBoxSides(const ox::oxTriMesh& mesh)
 {
     const ox::oxVertexBuffer& vertices = *mesh.GetVertexBuffer();
     if (vertices.GetVertexQuantity() == 0)
-        return 0.0;
+        return ox::Vec3(0.0f, 0.0f, 0.0f);
     ox::oxBBox box(vertices.Position3(0));
     for (int v = 1; v < vertices.GetVertexQuantity(); ++v)
         box.selfExpand(vertices.Position3(v));
-    return double((box.getMax() - box.getMin()).Length());
-}
-
-/// Largest side of the bounding box of the mesh's vertices (0 for no vertices).
-double boundingBoxLargestSide(const ox::oxTriMesh& mesh)
-{
-    const ox::oxVertexBuffer& vertices = *mesh.GetVertexBuffer();
-    if (vertices.GetVertexQuantity() == 0)
-        return 0.0;
-    ox::oxBBox box(vertices.Position3(0));
-    for (int v = 1; v < vertices.GetVertexQuantity(); ++v)
-        box.selfExpand(vertices.Position3(v));
-    const ox::Vec3 sides = box.getMax() - box.getMin();
-    return double(std::max({sides[0], sides[1], sides[2]}));
+    return box.getMax() - box.getMin();
 }
 
 /// What one run of either method reports.
@@ -73,7 +60,7 @@ Outcome simplifyByQuadrics(ox::oxTriMesh& mesh, unsigned int target, float maxEr
     const std::vector<bool> locked = lockBoundary ? mp::FindBoundaryVertices(mesh) : std::vector<bool>();
     mp::tQuadricSimplifyOptions options;
     options.targetTriangleCount = target;
-    options.maxError = float(double(maxError) * boundingBoxDiagonal(mesh));
+    options.maxError = float(double(maxError) * double(boundingBoxSides(mesh).Length()));
     options.lockedVertices = lockBoundary ? &locked : nullptr;
     mp::tEdgeCollapseReport report;
     mp::QuadricSimplify(mesh, options, progress, &report);
@@ -87,11 +74,12 @@ Outcome simplifyByQuadrics(ox::oxTriMesh& mesh, unsigned int target, float maxEr
 Outcome simplifyInPasses(ox::oxTriMesh& mesh, unsigned int target, float maxError, bool lockBoundary,
                          ox::oxProgressNotifierInterface* progress)
 {
-    const double halfSide = 0.5 * boundingBoxLargestSide(mesh);
+    const ox::Vec3 sides = boundingBoxSides(mesh);
+    const double halfSide = 0.5 * double(std::max({sides[0], sides[1], sides[2]}));
     mp::tCollapsePassesOptions options;
     options.targetTriangleCount = target;
     options.maxError =
-        halfSide > 0.0 ? float(double(maxError) * boundingBoxDiagonal(mesh) / halfSide) : maxError;
+        halfSide > 0.0 ? float(double(maxError) * double(sides.Length()) / halfSide) : maxError;
     options.lockBoundary = lockBoundary;
     mp::tCollapsePassesReport report;
     mp::GenericEdgeCollapseInPasses(mesh, options, progress, &report);
