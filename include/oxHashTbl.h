@@ -15,7 +15,11 @@
 //    count, not the nodes. Nodes live in a node pool that every table sharing chains
 //    holds a reference to, so they are released once, with the last such table.
 //
-// tDefaultHash<T> is the default hash functor (see below).
+// tDefaultHash<T> is the default hash functor (see below). Tables are not synchronised: one
+// thread at a time. The table is a template, so its implementation lives in this header.
+//
+// Based on: separate chaining as described by Knuth, The Art of Computer Programming, Vol. 3:
+// Sorting and Searching, 1973 (section 6.4), with a fixed bucket count and tail insertion.
 #pragma once
 
 #include <algorithm>
@@ -33,10 +37,12 @@ namespace ox {
 
 namespace detail {
 
-/// Folds a run of bytes into a 32-bit hash state. Each byte u is first expanded to
-/// t(u) = 0xBADFACE1 - u * 0x21524111 (mod 2^32); the first byte of the run is mixed in
-/// with a 13-bit shift, every further byte with the previous state and a 5-bit shift,
-/// and the run ends with a final h ^= h >> 5.
+/// Folds a run of bytes into a 32-bit hash state.
+/// Returns:       the new state: each byte u is first expanded to t(u) = 0xBADFACE1 - u *
+///                0x21524111 (mod 2^32); the first byte of the run is mixed in with a 13-bit
+///                shift, every further byte with the previous state and a 5-bit shift, and the
+///                run ends with a final h ^= h >> 5. An empty run returns `h` unchanged.
+/// Cost:          O(count).
 inline std::uint32_t hashByteRun(std::uint32_t h, const unsigned char* bytes, std::size_t count)
 {
     if (count == 0)
@@ -56,9 +62,10 @@ inline std::uint32_t hashByteRun(std::uint32_t h, const unsigned char* bytes, st
 }  // namespace detail
 
 /// Default hash functor: hash(key) is the 32-bit byte-run hash of the key's bytes in
-/// memory order, starting from 0; hash(key, tableSize) is that value modulo tableSize.
-/// Keys hashed as one run: unsigned int (4 bytes), tMetaNodeCommon::tVertexKey (8 bytes).
-/// tEdgeKey is hashed as four runs of 4 bytes with the state carried from run to run.
+/// memory order, starting from 0; hash(key, tableSize) is that value modulo tableSize (a
+/// 64-bit remainder; tableSize must not be 0). Keys hashed as one run: unsigned int (4 bytes),
+/// tMetaNodeCommon::tVertexKey (8 bytes). tEdgeKey is hashed as four runs of 4 bytes with the
+/// state carried from run to run. Both are O(sizeof(key)).
 template <class T>
 struct tDefaultHash {
     static_assert(std::is_trivially_copyable<T>::value, "keys are hashed as raw bytes");
@@ -98,9 +105,12 @@ public:
         tData* next;
     };
 
+    /// Position in a table: (table, bucket, node); the end position is (table, B - 1, null).
+    /// The accessors below are additions of ours; each is O(1) except ++.
     template <class TablePtr, class NodePtr>
     class tIterator {
     public:
+        /// A null position that compares equal only to other null positions.
         tIterator() = default;
         tIterator(TablePtr table, std::size_t bucket, NodePtr node)
             : m_table(table), m_bucket(bucket), m_node(node)
@@ -110,13 +120,15 @@ public:
         tIterator(const tIterator<T2, N2>& o) : m_table(o.table()), m_bucket(o.bucket()), m_node(o.node())
         {}
 
+        /// The node, its key and its value. Preconditions: not the end position.
         NodePtr operator->() const { return m_node; }
         auto& operator*() const { return *m_node; }
         const Key& getKey() const { return m_node->key; }
         auto& getValue() const { return m_node->value; }
 
-        /// To the node's successor, or to the head of the next bucket with a non-null
+        /// Moves to the node's successor, or to the head of the next bucket with a non-null
         /// head, never past bucket B - 1: the end position is (B - 1, null).
+        /// Preconditions: not the end position. Cost: O(empty buckets skipped).
         tIterator& operator++()
         {
             m_node = m_node->next;
@@ -138,6 +150,7 @@ public:
             return old;
         }
 
+        /// Equal when table, bucket and node are equal (mutable and const iterators compare).
         template <class T2, class N2>
         bool operator==(const tIterator<T2, N2>& o) const
         {
@@ -149,6 +162,7 @@ public:
             return !(*this == o);
         }
 
+        /// The three parts of the position.
         TablePtr table() const { return m_table; }
         std::size_t bucket() const { return m_bucket; }
         NodePtr node() const { return m_node; }
@@ -162,15 +176,23 @@ public:
     using iterator = tIterator<oxHashTbl*, tData*>;
     using const_iterator = tIterator<const oxHashTbl*, const tData*>;
 
-    /// A table of size + 1 buckets, all empty. size == (size_t)-1 gives no bucket at all;
-    /// such a table may only be destroyed or copied. Cost: one zeroed array of B pointers.
+    /// Makes an empty table of B = size + 1 buckets (not rounded; the last bucket doubles as
+    /// the end position of iteration).
+    /// On failure:    size == (size_t)-1 gives no bucket at all; such a table may only be
+    ///                destroyed or copied.
+    /// Cost:          one zeroed array of B pointers.
     explicit oxHashTbl(std::size_t size) : m_buckets(size + 1, nullptr), m_pool(std::make_shared<tPool>()) {}
 
-    /// Shares the source's chains: the bucket heads and the count are copied.
+    /// Makes a table that shares the source's chains: the bucket heads and the count are
+    /// copied, not the nodes. Side effects: both tables keep the nodes alive. Cost: O(B).
     oxHashTbl(const oxHashTbl& o) : m_buckets(o.m_buckets), m_count(o.m_count), m_pool(o.m_pool) {}
 
-    /// Shares the source's chains. The bucket array grows, when it must, by half its
-    /// capacity or to the needed length, whichever is larger. Self-assignment does nothing.
+    /// Makes this table share the source's chains (bucket heads and count copied).
+    /// Side effects:  the bucket array grows, when it must, by half its capacity or to the
+    ///                needed length, whichever is larger; this table's old nodes stay alive as
+    ///                long as the source's pool (a third table may still share them).
+    ///                Self-assignment does nothing.
+    /// Cost:          O(B).
     oxHashTbl& operator=(const oxHashTbl& o)
     {
         if (this == &o)
@@ -188,12 +210,17 @@ public:
         return *this;
     }
 
+    /// Releases the nodes when no other table shares them.
     ~oxHashTbl() = default;
 
-    /// Inserts or overwrites. Walks the key's chain; an equal key (raw memory) has its
-    /// value overwritten in place; otherwise a new node is appended at the chain's tail
-    /// and the count grows by one. Returns the address of the stored value, stable for
-    /// the table's lifetime. Precondition: B > 0.
+    /// Inserts or overwrites the value of `key`.
+    /// Returns:       the address of the stored value, stable for the table's lifetime.
+    /// Preconditions: B > 0.
+    /// Side effects:  walks the key's chain (bucket Hash::hash(key, B)); an equal key (raw
+    ///                memory) has its value overwritten in place; otherwise a new node is
+    ///                appended at the chain's tail and the count grows by one. Tables sharing
+    ///                the chain see the new node.
+    /// Cost:          one hash and a chain walk; one node from the pool for a new key.
     Value* set(const Key& key, const Value& value)
     {
         const std::size_t b = Hash::hash(key, m_buckets.size());
@@ -211,7 +238,10 @@ public:
         return &node->value;
     }
 
-    /// The element with an equal key, or end(). Precondition: B > 0.
+    /// Finds the element with an equal key (raw memory) in bucket Hash::hash(key) % B.
+    /// Returns:       its position, or end().
+    /// Preconditions: B > 0.
+    /// Cost:          one hash and a chain walk.
     iterator find(const Key& key)
     {
         const std::size_t b = Hash::hash(key) % m_buckets.size();
@@ -229,14 +259,16 @@ public:
         return end();
     }
 
-    /// The head of the first non-empty bucket, or end().
+    /// The head of the first non-empty bucket, or end() (which is (B - 1, null)). Iteration
+    /// visits buckets in index order and each chain from its head. O(empty leading buckets).
     iterator begin() { return iterator(this, firstBucket(), headOf(firstBucket())); }
     const_iterator begin() const { return const_iterator(this, firstBucket(), headOf(firstBucket())); }
     iterator end() { return iterator(this, m_buckets.size() - 1, nullptr); }
     const_iterator end() const { return const_iterator(this, m_buckets.size() - 1, nullptr); }
 
+    /// The number of elements (it only grows). O(1).
     unsigned int getNoElements() const { return m_count; }
-    /// B, the number of buckets (requested size + 1).
+    /// B, the number of buckets (requested size + 1; an addition of ours). O(1).
     std::size_t getNoBuckets() const { return m_buckets.size(); }
 
 private:

@@ -1,10 +1,14 @@
-// Static operations on triangle meshes: quadric edge-collapse simplification and clean-up
-// operations that repair or tidy a mesh in place.
+// oxMeshProcessing: static operations on triangle meshes. Edge-collapse simplification, normals
+// and sanity, connected components, smoothing and edge flips, welding, the repair steps that
+// make a reconstructed or scanned mesh manifold, and topology statistics.
 //
 // Meshes are read through their vertex buffer (Position3 per vertex) and index buffer (three
 // indices per triangle, triangle count = index count / 3). Operations that change the topology
-// replace the mesh's buffers by new, compacted ones. Failed preconditions print a diagnostic line
-// to standard output and leave the mesh unchanged; no exceptions, no error codes.
+// replace the mesh's buffers by new, compacted ones. A failed precondition leaves the mesh
+// unchanged; where a block names a message, it goes to the library's message stream (standard
+// output unless oxMeshLib::SetMessageStream chose another). No exceptions, no error codes.
+// How each operation works, and the published method it follows, is told at the top of its
+// source file.
 #pragma once
 
 #include <cstddef>
@@ -27,7 +31,7 @@ namespace oxMeshProcessing {
 /// Why an edge-collapse run ended (reported through tEdgeCollapseReport).
 enum class tCollapseStop {
     NotManifold,        ///< set-up refused the input (message printed); mesh unchanged
-    TargetAboveCount,   ///< the target was above the triangle count; mesh unchanged
+    TargetAboveCount,   ///< no collapse to make (target not below the count, or empty mesh)
     TargetReached,      ///< the requested number of collapses was performed
     ErrorBoundReached,  ///< the cheapest queued edge cost reached the squared error bound
     NoLegalCollapse     ///< no queued edge is legal (queue empty or only infinite costs left)
@@ -41,28 +45,32 @@ struct tEdgeCollapseReport {
     unsigned int collapses = 0;
 };
 
-/// Simplifies `mesh` in place by repeated edge collapses, cheapest first, until
-/// `targetTriangleCount` is reached (each collapse removes two triangles, so (T - target) / 2
-/// collapses are attempted) or the cheapest cost reaches maxError^2 (written into `metric`).
-///
-/// Set-up prints "Error while initializing edge collapse: input mesh is not manifold" and
-/// returns unchanged for a triangle with two equal corners or an edge claimed by a third
-/// triangle. With colour unit 0 present, every vertex is painted (1, 0.2, 0.2) and every
-/// survivor of a collapse (0.2, 0.2, 1). Edges with both endpoints in `lockedVertices` are never
-/// collapsed; an edge with one locked endpoint collapses onto that endpoint's position (costed
-/// there). A collapse is skipped when the edge is on the boundary, when both endpoints are on
-/// the boundary (it would pinch the surface), when an apex has valency <= 3, when the link
-/// condition fails, or when the cost recomputed at removal time is infinite (fold-over or
-/// crowded neighbourhood since it was queued: the edge is dropped until a neighbouring collapse
-/// re-costs it, so no triangle is ever flipped); a finite recomputed cost collapses even above
-/// the bound, which is tested on the queued cost only. A recomputed
-/// cost that differs from the queued one prints "error at edge E (iterationN): new != old"
-/// during the first 100 collapses (diagnostic only). The survivor is the endpoint with the
-/// smaller index. Queue ties are broken by the smaller edge index. Finally the mesh gets new
-/// buffers: the surviving vertices (whole records, in index order) and the triangles with three
-/// distinct corners. Closed manifold input stays closed and manifold with the same Euler
-/// characteristic. `report` (may be null) receives the outcome; progress (may be null) gets
-/// done / needed. Cost O(E log E).
+/// Simplifies `mesh` in place by edge collapses under `metric`, cheapest first, until
+/// `targetTriangleCount` is reached or the cheapest queued cost reaches maxError^2.
+/// Returns:       nothing; `report` (may be null) receives the stop reason and the counts.
+/// On failure:    a triangle with two equal corners or an edge claimed by a third triangle
+///                prints "Error while initializing edge collapse: input mesh is not manifold",
+///                an index not below the vertex count "Error while initializing edge collapse:
+///                vertex index out of range"; the mesh is left unchanged (stop NotManifold). An
+///                empty mesh is left alone. A target above the triangle count makes no collapse
+///                and no rebuild (stop TargetAboveCount; the input colours below are painted).
+/// Preconditions: a fresh `metric` (init fills it; its squared bound is set to maxError^2 here).
+/// Side effects:  (T - target) / 2 collapses are attempted (each removes two triangles). Edges
+///                with both endpoints in `lockedVertices` (may be null) never collapse; an edge
+///                with one locked endpoint collapses onto that endpoint's position (costed
+///                there). Collapses that would change the topology, flip a triangle or crowd
+///                more than 10 triangles around the edge are skipped (the source lists the
+///                tests); a finite cost recomputed at removal collapses even above the bound,
+///                which is tested on the queued cost only. A recomputed cost that differs from
+///                the queued one prints "error at edge E (iterationN): new != old" during the
+///                first 100 collapses (diagnostic only). The survivor is the endpoint with the
+///                smaller index; queue ties go to the smaller edge index. With colour unit 0
+///                present, every vertex is painted (1, 0.2, 0.2) and every survivor of a
+///                collapse (0.2, 0.2, 1). Finally the mesh gets new buffers: the surviving
+///                vertices (whole records, in index order) and the triangles with three distinct
+///                corners. Closed manifold input stays closed and manifold with the same Euler
+///                characteristic.
+/// Cost:          O(E log E); `progress` (may be null) gets done / needed.
 void GenericEdgeCollapse(oxTriMesh& mesh, oxQuadricErrorMetric& metric, unsigned int targetTriangleCount,
                          float maxError, const std::vector<bool>* lockedVertices = nullptr,
                          oxProgressNotifierInterface* progress = nullptr,
@@ -71,7 +79,7 @@ void GenericEdgeCollapse(oxTriMesh& mesh, oxQuadricErrorMetric& metric, unsigned
 /// What QuadricSimplify aims for.
 struct tQuadricSimplifyOptions {
     unsigned int targetTriangleCount = 0;
-    /// Stop when the cheapest collapse would move the surface by more than this, measured as
+    /// Collapses that would move the surface by more than this are passed over, measured as
     /// the area-weighted RMS distance of the merged vertex to the planes of the original
     /// triangles it stands for, in mesh units; infinity: no bound.
     float maxError = std::numeric_limits<float>::infinity();
@@ -79,34 +87,34 @@ struct tQuadricSimplifyOptions {
     const std::vector<bool>* lockedVertices = nullptr;
 };
 
-/// High-quality simplification of an edge-manifold mesh by greedy quadric edge collapses,
-/// the cheapest first, until options.targetTriangleCount triangles (or one more) are left, the error bound
-/// is reached, or no legal collapse remains. Unlike GenericEdgeCollapse it has no limit on the
-/// neighbourhood size and carries its quadrics through the whole run, so it reaches small
-/// targets in one call with the error measured against the input:
-/// - every vertex holds the plane quadrics of its original triangles, weighted by area, plus
-///   planes perpendicular to every open border edge (weighted by ten times its squared length),
-///   which keep borders in place; merged vertices add their quadrics;
-/// - the merged vertex minimises its quadric plus a tiny pull towards the edge midpoint (1e-9
-///   of the quadric's weight, which only decides the directions the planes leave free, e.g.
-///   along a crease or across a flat region), solved in double precision in a frame where half
-///   the bounding box's largest side is 1; a locked endpoint keeps its position;
-/// - candidates are ordered by their quadric error (area times squared distance) in an indexed
-///   queue, and the edges around every collapse are re-costed; the error bound is tested
-///   against the area-weighted RMS distance of each candidate; an edge refused for its
-///   neighbourhood leaves the queue, and the live edges are queued again whenever the queue
-///   runs dry above the target after some progress;
-/// - a collapse is refused when it breaks the link condition, joins two border vertices through
-///   an inner edge, leaves an apex with a degenerate fan, turns a neighbouring triangle by more
-///   than about 78 degrees, or makes one degenerate. Closed manifold input therefore stays
-///   closed and manifold with the same Euler characteristic, and no triangle is flipped.
-/// The survivor is the endpoint with the smaller index; other vertex channels (normals,
-/// colours, texture coordinates) are those of the survivor. Finally the mesh gets compacted
-/// buffers (used vertices in old order, live triangles in old order). Non-manifold input (a
-/// triangle repeating a vertex, an edge on three or more triangles, an index out of range)
-/// prints "Error while initializing edge collapse: input mesh is not manifold" and is left
-/// unchanged. `report` (may be null) tells why it stopped; progress (may be null) gets the
-/// fraction of the triangles to remove that are gone. Cost O(T log T).
+/// Simplifies an edge-manifold mesh in place by greedy quadric edge collapses, cheapest first,
+/// until options.targetTriangleCount triangles (or one more) are left (an addition of ours).
+/// Unlike GenericEdgeCollapse it has no limit on the neighbourhood size and carries its quadrics
+/// through the whole run, so it reaches small targets in one call with the error measured
+/// against the input.
+/// Returns:       nothing; `report` (may be null) tells why it stopped: TargetReached,
+///                ErrorBoundReached (only candidates over options.maxError were left) or
+///                NoLegalCollapse.
+/// On failure:    a triangle repeating a vertex or an edge on three or more triangles prints
+///                "Error while initializing edge collapse: input mesh is not manifold", an index
+///                out of range "Error while initializing edge collapse: vertex index out of
+///                range"; the mesh is left unchanged (stop NotManifold). An empty mesh, or a
+///                target not below the triangle count, is left unchanged (stop TargetAboveCount).
+/// Preconditions: options.lockedVertices (may be null) flags vertices by index; missing entries
+///                are unlocked.
+/// Side effects:  a collapse is refused when it breaks the link condition, joins two border
+///                vertices through an inner edge, touches a pinched vertex, leaves an apex with
+///                a degenerate fan, turns a neighbouring triangle by more than about 78 degrees,
+///                or makes one degenerate. Closed manifold input therefore stays closed and
+///                manifold with the same Euler characteristic, and no triangle is flipped.
+///                Open borders are held in place by border planes; a locked endpoint keeps its
+///                position. The survivor is the endpoint with the smaller index; other vertex
+///                channels (normals, colours, texture coordinates) are those of the survivor;
+///                vertices that absorbed no collapse keep their exact positions. Finally the
+///                mesh gets compacted buffers (used vertices in old order, live triangles in old
+///                order).
+/// Cost:          O(T log T); `progress` (may be null) gets the fraction of the triangles to
+///                remove that are gone, every 1024 collapses.
 void QuadricSimplify(oxTriMesh& mesh, const tQuadricSimplifyOptions& options,
                      oxProgressNotifierInterface* progress = nullptr, tEdgeCollapseReport* report = nullptr);
 
@@ -131,79 +139,112 @@ struct tCollapsePassesReport {
     unsigned int flips = 0;   ///< valence flips made between runs
 };
 
-/// Runs GenericEdgeCollapse repeatedly (an addition of ours): its 10-triangle neighbourhood
-/// limit stalls a single run well above small targets on real meshes, so between runs
-/// FlipEdgesForValence evens out the valences and the next run with a fresh metric goes on.
-/// Returns:       nothing; `report` (may be null) tells why it stopped.
+/// Runs GenericEdgeCollapse repeatedly, with FlipEdgesForValence between the runs, towards
+/// targets a single run stalls above (an addition of ours).
+/// Returns:       nothing; `report` (may be null) tells why the last run stopped, the runs made
+///                and the flips.
 /// On failure:    non-manifold input prints the collapse's set-up line and is left unchanged
 ///                (stop NotManifold).
-/// Side effects:  the runs stop at the target or the bound, when no flip applies, when a run
-///                collapses nothing, or after maxPasses; boundary vertices are locked per run
-///                on request.
+/// Side effects:  every run uses a fresh metric (options.lambda) and options.maxError; between
+///                runs FlipEdgesForValence(options.maxBendDegrees) evens out the valences. The
+///                runs stop at the target or the bound, when no flip applies, when a run after
+///                the first collapses nothing, or after options.maxPasses runs. With
+///                options.lockBoundary the vertices on open borders are locked afresh for every
+///                run. Every run replaces the mesh's buffers as GenericEdgeCollapse does.
 /// Cost:          O(T log T) per run. `progress` (may be null) gets the overall fraction of the
-///                triangles to remove that are gone.
+///                triangles to remove that are gone (1 when the target is reached).
 void GenericEdgeCollapseInPasses(oxTriMesh& mesh, const tCollapsePassesOptions& options,
                                  oxProgressNotifierInterface* progress = nullptr,
                                  tCollapsePassesReport* report = nullptr);
 
-/// Simplification that leaves the shape visually unchanged: QuadricSimplify down to no
-/// target, with an error bound of 1e-3 of half the bounding box's largest side, i.e. it removes
-/// the triangles that flat and gently curved regions do not need. Non-manifold input is left
-/// unchanged (with the set-up message). An empty mesh is left alone.
+/// Simplifies without visible change: QuadricSimplify with no target and an error bound of 1e-3
+/// of half the bounding box's largest side, i.e. it removes the triangles that flat and gently
+/// curved regions do not need.
+/// On failure:    non-manifold input is left unchanged (with the set-up message). A mesh without
+///                vertices is left alone.
+/// Side effects:  as QuadricSimplify: compacted buffers.
+/// Cost:          O(T log T); `progress` (may be null) as QuadricSimplify's.
 void HQEdgeCollapse(oxTriMesh& mesh, oxProgressNotifierInterface* progress = nullptr);
 
 // ---------------------------------------------------------------------------------------------
 // Normals and sanity
 
 /// Adds the angle-weighted unit face normals of every triangle to the vertex normals already in
-/// the buffer, then normalises every vertex normal (zero when the sum is zero). The old normals
-/// are deliberately kept in the sum; zero them first for normals from the geometry alone.
-/// acos arguments are not clamped (rounding just outside [-1, 1] gives NaN). No normal channel:
-/// no change. O(V + T).
+/// the buffer, then normalises every vertex normal.
+/// Returns:       nothing; a vertex whose sum is zero gets the zero normal.
+/// On failure:    no normal channel: no change. acos arguments are not clamped, so rounding just
+///                outside [-1, 1] gives a NaN normal.
+/// Preconditions: indices in range (not checked).
+/// Side effects:  the old normals are deliberately kept in the sum; zero them first for normals
+///                from the geometry alone. Positions and buffers are kept.
+/// Cost:          O(V + T).
 void RecomputeNormals(oxTriMesh& mesh);
 
-/// Removes the connected components (ClusterizeConnectedComponents) whose triangles face inwards:
-/// per component, the normals of the triangles touching its vertex of smallest x are summed (the
-/// sum restarts whenever a triangle reveals a vertex with a strictly smaller x); a positive x
-/// component of that sum marks the component inverted. Replaces the buffers by compacted ones
-/// (kept vertices in old order; positions, plus normals and colour unit 0 when present; other
-/// channels dropped). O(V + T).
+/// Removes the connected components (ClusterizeConnectedComponents) whose triangles face
+/// inwards: those whose triangles at the vertex of smallest x have normals summing to a
+/// positive x component.
+/// Returns:       nothing.
+/// Preconditions: indices in range (not checked).
+/// Side effects:  always replaces the buffers by compacted ones: the vertices the kept triangles
+///                use, in old order, with positions, plus normals and colour unit 0 when
+///                present; other channels are dropped.
+/// Cost:          O(V + T).
 void EraseComponentsWithInvertedNormals(oxTriMesh& mesh);
 
-/// False when the index buffer holds fewer than 3 indices (or is absent) or an index is not
-/// below the vertex count; true otherwise (an index count that is not a multiple of 3 is not
-/// detected). O(indices).
+/// Tests the index buffer against the vertex count.
+/// Returns:       false when the index buffer is absent or holds fewer than 3 indices, or an
+///                index is not below the vertex count; true otherwise (an index count that is not
+///                a multiple of 3 is not detected).
+/// Cost:          O(indices).
 bool CheckMeshSanity(const oxTriMesh& mesh);
 
 // ---------------------------------------------------------------------------------------------
 // Components
 
-/// Labels every triangle with its connected component (0 .. count - 1) in `labels` and returns
-/// the count. Triangles are connected when they share a vertex (so pinched parts form one
-/// component); components are numbered in order of their first triangle. O(V + T).
+/// Labels every triangle with its connected component; triangles are connected when they share
+/// a vertex, so pinched parts form one component.
+/// Returns:       the number of components; `labels` (resized to the triangle count) holds
+///                0 .. count - 1, components numbered in order of their first triangle.
+/// Preconditions: indices in range (not checked).
+/// Cost:          O(V + T).
 unsigned int ClusterizeConnectedComponents(const oxTriMesh& mesh, std::vector<unsigned int>& labels);
 
-/// Keeps only the connected component with the most triangles (the first one on ties); vertices
-/// no longer used are removed, the rest keep their whole records in old order. O(V + T).
+/// Keeps only the connected component with the most triangles (the first one on ties).
+/// Preconditions: indices in range (not checked).
+/// Side effects:  with two or more components, replaces the buffers: vertices no kept triangle
+///                uses are removed, the rest keep their whole records in old order. A mesh of
+///                one component (or none) is left as it is.
+/// Cost:          O(V + T).
 void KeepSingleConnectedComponent(oxTriMesh& mesh);
 
 // ---------------------------------------------------------------------------------------------
 // Smoothing and shape improvement
 
-/// `iterations` passes of uniform Laplacian smoothing: each interior vertex moves by `factor`
-/// towards the average of its neighbours, vertex after vertex. A move is refused when it would
-/// turn any incident triangle to face against its normal in the input (non-positive dot
-/// product) or make it degenerate, so no triangle is ever flipped. Boundary vertices and
-/// vertices flagged in `lockedVertices` (may be null) stay fixed. O(iterations * T).
+/// Moves interior vertices towards the average of their neighbours (uniform Laplacian smoothing)
+/// without ever flipping a triangle.
+/// On failure:    invalid indices (CheckMeshSanity false) or `iterations` 0: no change.
+/// Side effects:  `iterations` passes; in each, vertex after vertex in index order, a vertex
+///                moves by `factor` towards the average of its neighbours' current positions. A
+///                move is refused when it would turn any incident triangle to face against its
+///                normal in the input (non-positive dot product) or make it degenerate. Vertices
+///                on an open or non-manifold edge, vertices without neighbours and vertices
+///                flagged in `lockedVertices` (may be null) stay fixed. Only positions change.
+/// Cost:          O(iterations * T).
 void SafeLaplacianSmoothing(oxTriMesh& mesh, unsigned int iterations, float factor,
                             const std::vector<bool>* lockedVertices = nullptr);
 
-/// Improves triangle shape by edge flips: an interior edge (a, b) shared by triangles (a, b, c)
-/// and (b, a, d) becomes (c, d) when the smallest angle of the new pair is larger than that of
-/// the old pair, the two triangles are nearly coplanar (normals within about 10 degrees, so
-/// creases are kept), edge (c, d) does not exist yet (no non-manifold edge) and both new
-/// triangles face the same side as the old ones (no flipped triangle). Passes repeat until no
-/// flip applies (at most 50). Non-manifold edges are never flipped. O(passes * T).
+/// Improves triangle shape by edge flips that raise the smallest angle of nearly coplanar pairs.
+/// On failure:    invalid indices (CheckMeshSanity false): no change.
+/// Side effects:  an interior edge (a, b) shared by triangles (a, b, c) and (b, a, d) becomes
+///                (c, d) when the smallest angle of the new pair exceeds that of the old pair
+///                (by more than 1e-4 radians), the two triangles are nearly coplanar (normals
+///                within about 10 degrees, so creases are kept), edge (c, d) does not exist yet
+///                (no non-manifold edge) and both new triangles face the same side as the old
+///                ones (no flipped triangle). Non-manifold and boundary edges, and edges whose
+///                triangles disagree in winding, are never flipped; a triangle takes part in at
+///                most one flip per pass. Passes repeat until no flip applies (at most 50).
+///                Indices are rewritten in place; vertices do not move.
+/// Cost:          O(passes * T).
 void FlipEdges(oxTriMesh& mesh);
 
 // ---------------------------------------------------------------------------------------------
@@ -234,33 +275,43 @@ std::size_t ColocateVertices(const float* positions, std::size_t count, std::siz
 unsigned int WeldSimilarVertices(oxTriMesh& mesh, float tolerance);
 
 /// Removes every triangle whose three vertex indices (in any order or winding) equal those of
-/// an earlier triangle; the first occurrence is kept, vertices are untouched. Returns the
-/// number of triangles removed. Invalid indices (CheckMeshSanity false): no change. O(T log T).
+/// an earlier triangle; the first occurrence is kept.
+/// Returns:       the number of triangles removed.
+/// On failure:    invalid indices (CheckMeshSanity false): no change, 0.
+/// Side effects:  when a triangle goes, the buffers are replaced: every vertex is kept (whole
+///                records, same order), the remaining triangles keep their order.
+/// Cost:          O(T log T).
 unsigned int RemoveDuplicateTriangles(oxTriMesh& mesh);
 
 // ---------------------------------------------------------------------------------------------
 // Repair (additions of ours: the steps that make a reconstructed or scanned mesh manifold
-// without moving a vertex, one operation each, and RepairMesh to run a choice of them)
+// without moving a vertex, one operation each, and RepairMesh to run a choice of them). Each
+// step leaves a mesh without a vertex or an index buffer alone (returning zeros), and replaces
+// the buffers (same vertex layout; kept triangles and vertices in order) only when it changed
+// something.
 
 /// Whether vertex v lies where the surface is extrapolated rather than fitted (away from the
 /// points that support it); asked at most once per vertex.
 using tUnsupportedVertexTest = std::function<bool(unsigned int vertex)>;
 
 /// Drops the triangles that touch an unsupported vertex and are reached from an open or
-/// non-manifold edge through such triangles: the flaps and bands a surface grows past sharp
-/// edges or a scan's rim end in open rims, while a gap between the samples of a well covered
-/// region is enclosed by fitted surface and is kept.
+/// non-manifold edge through such triangles: flaps and bands grown past sharp edges or a scan's
+/// rim go, gaps enclosed by fitted surface stay.
 /// Returns:       the number of triangles dropped (vertices are kept; see RemoveUnusedVertices).
+/// On failure:    an empty `unsupported` test: no change, 0.
 /// Preconditions: indices in range.
 /// Cost:          O(V + T); `unsupported` is asked only around the rims and the trimmed region.
 unsigned int TrimUnsupportedTriangles(oxTriMesh& mesh, const tUnsupportedVertexTest& unsupported);
 
 /// Drops the triangles that name a vertex twice.
-/// Returns:       the number dropped. Cost: O(T).
+/// Returns:       the number dropped (vertices are kept).
+/// Cost:          O(T).
 unsigned int RemoveDegenerateTriangles(oxTriMesh& mesh);
 
 /// Drops every triangle on an edge that more than two triangles share.
-/// Returns:       the number dropped. Preconditions: indices in range. Cost: O(V + T).
+/// Returns:       the number dropped (vertices are kept).
+/// Preconditions: indices in range.
+/// Cost:          O(V + T).
 unsigned int RemoveNonManifoldTriangles(oxTriMesh& mesh);
 
 /// Gives every fan of triangles around a vertex a vertex of its own (two corners at a vertex
@@ -280,7 +331,8 @@ struct tSmallComponents {
 /// Drops the connected pieces (triangles joined through shared vertices) with fewer than
 /// `fractionOfLargest` times the triangles of the largest piece.
 /// Returns:       the pieces and triangles dropped (vertices are kept).
-/// Preconditions: indices in range. Cost: O(V + T).
+/// Preconditions: indices in range.
+/// Cost:          O(V + T).
 tSmallComponents RemoveSmallComponents(oxTriMesh& mesh, float fractionOfLargest);
 
 /// What FillSmallHoles did.
@@ -290,16 +342,21 @@ struct tHoleFilling {
     unsigned int open = 0;       ///< boundary loops left open (longer than the limit, or not simple)
 };
 
-/// Closes the boundary loops of at most `maxEdges` edges: one triangle for three edges,
-/// otherwise a fan around one new vertex at the loop's mean (its record the mean of the loop's,
-/// normal rescaled to unit length), so the closure creates no non-manifold edge. Only loops
-/// through vertices with one outgoing and one incoming boundary side are followed.
-/// Returns:       the counts. Preconditions: indices in range; consistently oriented, no
-///                pinched vertex (SplitPinchedVertices). Cost: O(V + T).
+/// Closes the boundary loops of at most `maxEdges` edges, so that the closure creates no
+/// non-manifold edge: one triangle for three edges, otherwise a fan around one new vertex at
+/// the loop's mean (its record the mean of the loop's, normal rescaled to unit length).
+/// Returns:       the counts; only loops through vertices with one outgoing and one incoming
+///                boundary side are followed (the others count as open).
+/// Preconditions: indices in range; consistently oriented, no pinched vertex
+///                (SplitPinchedVertices).
+/// Side effects:  new triangles are appended, new vertices appended after the old ones.
+/// Cost:          O(V + T).
 tHoleFilling FillSmallHoles(oxTriMesh& mesh, unsigned int maxEdges);
 
 /// Drops the vertices no triangle uses; the others keep their whole records in old order.
-/// Returns:       the number dropped. Preconditions: indices in range. Cost: O(V + T).
+/// Returns:       the number dropped.
+/// Preconditions: indices in range.
+/// Cost:          O(V + T).
 unsigned int RemoveUnusedVertices(oxTriMesh& mesh);
 
 /// Steps of RepairMesh, combinable; they run in the order listed.
@@ -341,19 +398,26 @@ struct tRepairReport {
 /// Runs the chosen repair steps (`steps`, a combination of the kRepair flags) in their order on
 /// one unpacked copy of the mesh, then stores the result. Vertices are never moved.
 /// Returns:       nothing; `report` (may be null) tells what each step did.
+/// On failure:    a mesh without buffers or triangles is left alone (report->ran false); the
+///                trimming step is skipped when options.unsupportedVertex is empty.
 /// Preconditions: indices in range.
-/// Side effects:  replaces the mesh's buffers (same vertex layout) unless nothing ran.
+/// Side effects:  replaces the mesh's buffers (same vertex layout) unless nothing ran; with
+///                kRepairOnlyWhenDefective a closed and manifold mesh (ComputeMeshStatistics)
+///                is left as it is.
 /// Cost:          O(V + T) expected.
 void RepairMesh(oxTriMesh& mesh, unsigned int steps, const tRepairOptions& options = tRepairOptions(),
                 tRepairReport* report = nullptr);
 
 /// Marks the vertices on an edge that exactly one triangle uses (an addition of ours).
 /// Returns:       one flag per vertex (vertexCount entries).
-/// Preconditions: indices below vertexCount. Cost: O(V + T).
+/// Preconditions: indices below vertexCount.
+/// Cost:          O(V + T).
 std::vector<bool> FindBoundaryVertices(const unsigned int* triangles, std::size_t triangleCount,
                                        std::size_t vertexCount);
 
-/// FindBoundaryVertices of a triangle mesh.
+/// FindBoundaryVertices of a triangle mesh (an addition of ours).
+/// Returns:       one flag per vertex; all false without an index buffer.
+/// Preconditions: indices in range. Cost: O(V + T).
 std::vector<bool> FindBoundaryVertices(const oxTriMesh& mesh);
 
 // ---------------------------------------------------------------------------------------------
@@ -411,7 +475,8 @@ struct tMeshStatistics {
     std::size_t zeroNormals = 0;       ///< normals of length zero
 };
 
-/// Counts, topology and measures of a mesh or point cloud given as flat arrays.
+/// Counts, topology and measures of a mesh or point cloud given as flat arrays (an addition of
+/// ours).
 /// Returns:       the statistics; edges, components and fans are taken over the faces' sides
 ///                (not the fan diagonals), areas and volumes over the triangles, in double
 ///                precision.
@@ -420,15 +485,21 @@ struct tMeshStatistics {
 ///                union-finds; about 30 bytes per corner of scratch memory.
 tMeshStatistics ComputeMeshStatistics(const tMeshView& mesh);
 
-/// ComputeMeshStatistics of a triangle mesh (every triangle one face; normals when present).
+/// ComputeMeshStatistics of a triangle mesh: every triangle one face, normals when present (an
+/// addition of ours).
+/// Returns:       the statistics; zero counts for a mesh without buffers.
+/// Preconditions: indices in range. Cost: as above.
 tMeshStatistics ComputeMeshStatistics(const oxTriMesh& mesh);
 
 // ---------------------------------------------------------------------------------------------
 // Chain
 
-/// KeepSingleConnectedComponent; then, unless `iterations` is 0, for each iteration i: when
-/// `smooth`, SafeLaplacianSmoothing(geometry, 5, 0.2, null); FlipEdges(geometry); and on the
-/// first pass only, HQEdgeCollapse(geometry, null).
+/// The clean-up chain for remeshed geometry: the largest component, then rounds of smoothing,
+/// shape flips and one visually lossless simplification.
+/// Side effects:  KeepSingleConnectedComponent; then, unless `iterations` is 0, for each
+///                iteration i: when `smooth`, SafeLaplacianSmoothing(geometry, 5, 0.2, null);
+///                FlipEdges(geometry); and on the first pass only, HQEdgeCollapse(geometry, null).
+/// Cost:          O(iterations * T) plus one O(T log T) simplification.
 void Filter(oxGeometry& geometry, bool smooth, unsigned int iterations);
 
 }  // namespace oxMeshProcessing
@@ -437,16 +508,22 @@ void Filter(oxGeometry& geometry, bool smooth, unsigned int iterations);
 namespace ox {
 namespace oxMeshProcessing {
 
-/// Evens out vertex valences by edge flips, so that a following edge collapse finds more
-/// edges whose neighbourhood is small enough to collapse. An interior edge (a, b) with apexes c
-/// and d becomes (c, d) when that strictly lowers the sum of squared deviations of the four
-/// valences from their ideal (6 inside, 4 on the boundary), i.e. when
-/// (va - ia) + (vb - ib) - (vc - ic) - (vd - id) >= 3. A flip is refused when it would create
-/// an existing edge (non-manifold), leave a or b with fewer than 3 edges, turn a new triangle
-/// against either old one or make it degenerate, or when the two old triangles bend by more
-/// than `maxBendDegrees` (creases and curved regions keep their shape). Non-manifold and
-/// boundary edges are never flipped; vertices do not move. Passes repeat until none flips (at
-/// most `maxPasses`). Returns the number of flips. O(passes * T).
+/// Evens out vertex valences by edge flips, so that a following edge collapse finds more edges
+/// whose neighbourhood is small enough to collapse (an addition of ours).
+/// Returns:       the number of flips.
+/// On failure:    invalid indices (CheckMeshSanity false): no change, 0.
+/// Side effects:  an interior edge (a, b) with apexes c and d becomes (c, d) when that strictly
+///                lowers the sum of squared deviations of the four valences from their ideal
+///                (6 inside, 4 on the boundary), i.e. when
+///                (va - ia) + (vb - ib) - (vc - ic) - (vd - id) >= 3. A flip is refused when it
+///                would create an existing edge (non-manifold), leave a or b with fewer than 3
+///                edges, turn a new triangle against either old one or make it degenerate, or
+///                when the old or the new pair of triangles bends by more than `maxBendDegrees`
+///                (creases and curved regions keep their shape). Non-manifold and boundary edges,
+///                and edges whose triangles disagree in winding, are never flipped; a triangle
+///                takes part in at most one flip per pass. Passes repeat until none flips (at
+///                most `maxPasses`). Indices are rewritten in place; vertices do not move.
+/// Cost:          O(passes * T).
 unsigned int FlipEdgesForValence(oxTriMesh& mesh, float maxBendDegrees = 20.0f, unsigned int maxPasses = 10);
 
 }  // namespace oxMeshProcessing

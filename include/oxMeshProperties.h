@@ -1,6 +1,6 @@
-// Derived per-mesh data cached over one triangle mesh: the edge table (edge-to-triangle and
-// triangle-to-edge incidence), triangle normals, angle-weighted vertex normals, vertex valency
-// and a per-vertex principal curvature frame.
+// oxMeshProperties: derived per-mesh data cached over one triangle mesh: the edge table
+// (edge-to-triangle and triangle-to-edge incidence), triangle normals, angle-weighted vertex
+// normals, vertex valency and a per-vertex principal curvature frame.
 //
 // Every property is computed on first access and kept until the object dies; nothing is ever
 // invalidated, so an oxMeshProperties must not outlive changes to the mesh it reads. The edge
@@ -9,6 +9,9 @@
 //
 // The public face is oxMeshPropertiesPublicInterface<oxMeshProperties>, whose operations forward
 // one-to-one to private operations of oxMeshProperties named like them plus "Implemented".
+// The accessors mutate the cache: an instance is used by one thread at a time. How the edge
+// table, the normals and the curvature are computed is told at the top of
+// src/processing/oxMeshProperties.cpp and src/processing/oxMeshCurvature.cpp.
 #pragma once
 
 #include <vector>
@@ -24,8 +27,9 @@ class oxMeshPropertiesPublicInterface {
 public:
     /// The edge table of a mesh.
     struct tEdgeProperty {
-        /// One undirected edge. v0 < v1 always. t0 is the lowest-numbered triangle containing
-        /// the edge; t1 the highest-numbered other one, or 0xFFFFFFFF on a boundary edge. An edge
+        /// One undirected edge. v0 <= v1 (equal only for a triangle that names a vertex twice).
+        /// t0 is the lowest-numbered triangle containing the edge; t1 the highest-numbered
+        /// other one, or 0xFFFFFFFF (kNoIndex) on a boundary edge. An edge
         /// of three or more triangles is not marked: the triangles between t0 and t1 reach it
         /// only through the per-triangle edge triples.
         struct tEdge {
@@ -63,27 +67,48 @@ public:
         float k2 = 0.0f;
     };
 
-    /// The edge table, computed on first access. Cost O(E log E) the first time.
+    /// The edge table, computed on first access.
+    /// Returns:       the cached table: edges numbered by first appearance in triangle order,
+    ///                one edge triple per triangle, each vertex's edges in descending key order.
+    /// Preconditions: a mesh was given; indices in range (not checked).
+    /// Cost:          O(V + T) the first time (valences bounded), O(1) after.
     tEdgeProperty& edges() { return impl().edgesImplemented(); }
-    /// Unit triangle normals ((p1-p0)x(p2-p0) normalised; zero for a degenerate triangle).
+    /// Unit triangle normals, computed on first access.
+    /// Returns:       (p1 - p0) x (p2 - p0) normalised per triangle; zero for a degenerate one.
+    /// Cost:          O(T) the first time.
     tGenericProperty<Wm4::Vector3<float>>& triangleNormals() { return impl().triangleNormalsImplemented(); }
-    /// Angle-weighted unit vertex normals (zero for a vertex in no, or only degenerate, triangles).
+    /// Angle-weighted unit vertex normals, computed on first access.
+    /// Returns:       per vertex, the unit sum of its triangles' unit normals, each weighted by
+    ///                the triangle's angle at the vertex; zero for a vertex in no, or only
+    ///                degenerate, triangles. acos arguments are not clamped.
+    /// Cost:          O(V + T) the first time.
     tGenericProperty<Wm4::Vector3<float>>& vertexNormals() { return impl().vertexNormalsImplemented(); }
-    /// Number of distinct edges at each vertex (forces the edge table).
+    /// Number of distinct edges at each vertex, computed on first access.
+    /// Side effects:  forces the edge table. Cost: O(V) after the edge table.
     tGenericProperty<unsigned int>& vertexValency() { return impl().vertexValencyImplemented(); }
-    /// Monte-Carlo principal curvature frame per vertex (forces the vertex normals).
+    /// Monte-Carlo principal curvature frame per vertex, computed on first access.
+    /// Returns:       per vertex k1 (smaller absolute value) and k2 with unit tangent directions;
+    ///                positive for a surface bending away from its normal (a sphere with outward
+    ///                normals); zero for a vertex without triangles or with a zero normal, and
+    ///                where the fit gives NaN.
+    /// Side effects:  forces the vertex normals; draws 128 numbers per vertex and incident
+    ///                triangle from the process-wide rand() sequence, seeded with
+    ///                srand(14973945) at its first use in the process, so results repeat for a
+    ///                fresh process and a fixed call order, and later draws continue the sequence.
+    /// Cost:          O(V + T) the first time, 64 samples per triangle corner.
     tGenericProperty<tCurvature>& curvature() { return impl().curvatureImplemented(); }
-    /// The curvature member without computing it (check its flag).
+    /// The curvature member without computing it (check its flag). O(1).
     const tGenericProperty<tCurvature>* pCurvature() const { return impl().pCurvatureImplemented(); }
 
-    /// Unconditional (re)computations; each sets its property's flag.
+    /// Unconditional (re)computations of the properties above; each sets its property's flag,
+    /// with the cost and side effects of its accessor's first call.
     void computeEdges() { impl().computeEdgesImplemented(); }
     void computeTriangleNormals() { impl().computeTriangleNormalsImplemented(); }
     void computeVertexNormals() { impl().computeVertexNormalsImplemented(); }
     void computeVertexValency() { impl().computeVertexValencyImplemented(); }
     void computeCurvature() { impl().computeCurvatureImplemented(); }
 
-    /// The mesh read by this cache.
+    /// The mesh read by this cache. O(1).
     const oxTriMesh* getMesh() const { return impl().getMeshImplemented(); }
 
 protected:
@@ -97,7 +122,8 @@ private:
 
 /// The mesh-property cache over one oxTriMesh (see the file comment). The mesh is read through
 /// its vertex buffer (Position3) and its index buffer (three indices per triangle; the triangle
-/// count is the index count / 3). Indices are trusted: no range check.
+/// count is the index count / 3). Indices are trusted: no range check. No property reports an
+/// error.
 class oxMeshProperties : public oxMeshPropertiesPublicInterface<oxMeshProperties> {
 public:
     using tInterface = oxMeshPropertiesPublicInterface<oxMeshProperties>;
@@ -107,13 +133,16 @@ public:
     template <class T>
     using tGenericProperty = tInterface::tGenericProperty<T>;
 
-    /// Stores `mesh` and takes a reference on it (null allowed, but then no property may be
-    /// asked for). All flags false.
+    /// Makes an empty cache over `mesh`.
+    /// Preconditions: `mesh` may be null, but then no property may be asked for.
+    /// Side effects:  takes a reference on the mesh; all flags false. Cost: O(1).
     explicit oxMeshProperties(const oxTriMesh* mesh);
-    /// Member-wise copy; the copy takes its own reference on the mesh.
+    /// Member-wise copy of the five properties with their flags.
+    /// Side effects:  the copy takes its own reference on the mesh (assignment releases the old
+    ///                one; self-assignment does nothing). Cost: O(size of the properties).
     oxMeshProperties(const oxMeshProperties& other);
     oxMeshProperties& operator=(const oxMeshProperties& other);
-    /// Releases the mesh reference.
+    /// Releases the mesh reference and the properties.
     ~oxMeshProperties();
 
 private:

@@ -21,35 +21,46 @@ class oxPointSetQuery;
 
 class oxPointSetSurface {
 public:
-    /// Borrows the query, which must stay alive and ready (computePointRadii called)
-    /// while the surface is used. The surface never modifies it.
+    /// Makes a surface over `pointSet`.
+    /// Preconditions: the query stays alive and ready (computePointRadii called) while the
+    ///                surface is used (borrowed; the surface never modifies it).
+    /// Cost:          O(1).
     explicit oxPointSetSurface(const oxPointSetQuery* pointSet);
+    /// Copies and moves share the query and copy the reserved slot.
     oxPointSetSurface(const oxPointSetSurface&) = default;
     oxPointSetSurface(oxPointSetSurface&&) = default;
     oxPointSetSurface& operator=(const oxPointSetSurface&) = default;
     oxPointSetSurface& operator=(oxPointSetSurface&&) = default;
 
-    /// Value of the locally fitted implicit function at `position` (normalised frame).
-    /// Positive on the side the normals point to; +/-infinity far from every point.
+    /// Evaluates the locally fitted implicit function at `position` (normalised frame).
+    /// Returns:       the potential: positive on the side the normals point to; +/-infinity far
+    ///                from every point.
+    /// Cost:          one neighbourhood gathering and fit.
     virtual float computePotential(const Wm4::Vector3<float>& position) const = 0;
 
-    /// Gradient of the locally fitted function at `position`, not normalised.
+    /// Evaluates the gradient of the locally fitted function at `position`.
+    /// Returns:       the gradient, not normalised. Cost: one gathering and fit.
     virtual Wm4::Vector3<float> computeGradient(const Wm4::Vector3<float>& position) = 0;
 
-    /// Potential and gradient at `position`. This base version calls computeGradient
-    /// first (its result goes to `gradient`) and then returns computePotential, i.e. two
-    /// fits; the derived surfaces override it with a single fit and a unit gradient.
+    /// Evaluates potential and gradient at `position`.
+    /// Returns:       the potential; `gradient` receives the gradient. This base version calls
+    ///                computeGradient first (its result goes to `gradient`) and then returns
+    ///                computePotential; the derived surfaces override it with a single fit and
+    ///                a unit gradient.
+    /// Cost:          two fits in this base version.
     virtual float computePotentialAndGradient(const Wm4::Vector3<float>& position,
                                               Wm4::Vector3<float>& gradient) const;
 
-    /// `position` moved onto the surface by `count` projection steps; `hint` is an
-    /// optional gradient estimate that some surfaces use. What a failed projection
-    /// returns is stated by each derived surface.
+    /// Moves `position` onto the surface by `count` projection steps; `hint` (may be null) is an
+    /// optional gradient estimate that some surfaces use.
+    /// Returns:       the projected position; what a failed projection returns is stated by each
+    ///                derived surface.
+    /// Cost:          about `count` fits.
     virtual Wm4::Vector3<float> projectOntoSurface(const Wm4::Vector3<float>& position,
                                                    const Wm4::Vector3<float>* hint,
                                                    unsigned int count) const = 0;
 
-    /// The point cloud the surface is fitted to.
+    /// The point cloud the surface is fitted to. O(1).
     const oxPointSetQuery* getPointSet() const { return m_pointSet; }
 
     /// Compactly supported weight of a distance divided by its support radius:

@@ -1,14 +1,12 @@
-// Quadric error metric of the edge-collapse simplification (part of the oxMeshProcessing family;
-// include oxMeshProcessing.h).
+// oxQuadricErrorMetric: the quadric error metric of GenericEdgeCollapse (part of the
+// oxMeshProcessing family; include oxMeshProcessing.h), and the neighbour map of a collapse run.
 //
-// The metric works in coordinates normalised to the mesh's bounding box (p^ = (p - c) / h, c
-// the box centre, h half its largest extent) and regularises the optimal position of a merged
-// vertex towards the edge midpoint with the weight lambda given at construction. Well-shaped
-// triangles contribute their plane quadric (weight 1, no area weighting); thin triangles
-// (|cross| / longest squared edge < 0.1) contribute the squared distance to the line through
-// their centroid along their longest edge, weighted by 1000. Every cost evaluation also rejects
-// (cost +infinity) collapses that would fold a neighbouring triangle over, and collapses whose
-// edge touches more than 10 triangles.
+// The metric costs an edge collapse by the summed quadrics of its endpoints in coordinates
+// normalised to the mesh's bounding box (p^ = (p - c) / h, c the box centre, h half its largest
+// extent), places the merged vertex at the quadric's minimiser pulled towards the edge midpoint
+// with the weight lambda given at construction, and refuses (cost +infinity) collapses that
+// would fold a neighbouring triangle over or whose edge touches more than 10 triangles. How the
+// quadrics are built is told in src/processing/oxQuadricErrorMetric.cpp.
 #pragma once
 
 #include <utility>
@@ -26,14 +24,17 @@ namespace oxMeshProcessing {
 typedef oxMeshPropertiesPublicInterface<oxMeshProperties>::tEdgeProperty::tEdge tEdge;
 
 /// Neighbours of one vertex during an edge-collapse run: (neighbour vertex, edge index) pairs
-/// with distinct neighbours. A flat list (vertices have a handful of neighbours), kept in
-/// insertion order; no result of the collapse depends on that order.
+/// with distinct neighbours (an addition of ours, in place of an ordered map). A flat list
+/// (vertices have a handful of neighbours), kept in insertion order; no result of the collapse
+/// depends on that order. Not synchronised.
 class tNeighbourMap {
 public:
     typedef std::pair<unsigned int, unsigned int> tEntry;
     typedef std::vector<tEntry>::const_iterator const_iterator;
 
-    /// The edge to `neighbour`, or 0xFFFFFFFF when it is not a neighbour. O(size).
+    /// Looks up the edge to `neighbour`.
+    /// Returns:       its edge index, or 0xFFFFFFFF (kNoIndex) when it is not a neighbour.
+    /// Cost:          O(size).
     unsigned int find(unsigned int neighbour) const
     {
         for (const tEntry& entry : m_entries) {
@@ -43,9 +44,13 @@ public:
         }
         return 0xFFFFFFFFu;
     }
-    /// Adds (neighbour, edge); precondition: `neighbour` is not present yet. O(1).
+    /// Appends (neighbour, edge).
+    /// Preconditions: `neighbour` is not present yet (not checked).
+    /// Cost:          O(1) amortised.
     void insert(unsigned int neighbour, unsigned int edge) { m_entries.emplace_back(neighbour, edge); }
-    /// Removes `neighbour` if present. O(size).
+    /// Removes `neighbour`; an absent neighbour is ignored.
+    /// Side effects:  the last entry takes the removed one's place (order not kept).
+    /// Cost:          O(size).
     void erase(unsigned int neighbour)
     {
         for (std::size_t i = 0; i < m_entries.size(); ++i) {
@@ -56,7 +61,8 @@ public:
             }
         }
     }
-    /// Renames `from` into `to` (keeping its edge). O(size).
+    /// Renames neighbour `from` into `to`, keeping its edge; an absent `from` is ignored.
+    /// Preconditions: `to` is not present yet. Cost: O(size).
     void rename(unsigned int from, unsigned int to)
     {
         for (tEntry& entry : m_entries) {
@@ -66,9 +72,11 @@ public:
             }
         }
     }
+    /// Number of neighbours; begin/end iterate the entries in their current order. O(1).
     std::size_t size() const { return m_entries.size(); }
     const_iterator begin() const { return m_entries.begin(); }
     const_iterator end() const { return m_entries.end(); }
+    /// Removes every neighbour (capacity kept). O(size).
     void clear() { m_entries.clear(); }
 
 private:
@@ -76,55 +84,77 @@ private:
 };
 
 /// Quadric error metric with bounding-box normalisation and midpoint regularisation (see the
-/// file comment). Filled by init, merged by collapseEdge; a fresh metric is needed per run.
+/// file comment). Filled by init, merged by collapseEdge; a fresh metric is needed per run
+/// (nothing resets it). Not synchronised.
 class oxQuadricErrorMetric {
 public:
-    /// A metric with regularisation weight `lambda` (> 0 keeps every placement system
-    /// regular), squared maximum error 0 and no quadrics.
+    /// Makes an empty metric with regularisation weight `lambda`.
+    /// Returns:       a metric with squared maximum error 0 and no quadrics.
+    /// Preconditions: lambda > 0 keeps every placement system regular (with 0, a singular
+    ///                system gives whatever the 4x4 inverse returns).
+    /// Cost:          O(1).
     explicit oxQuadricErrorMetric(float lambda);
 
-    /// Builds the per-vertex quadrics of `mesh` and writes the initial cost of every edge of
-    /// `edges` into `costs` (resized to the edge count). The parent arrays are union-find
-    /// forests over vertices and edges (identity at the start of a run); `neighbours` holds the
-    /// neighbour map of every representative vertex. A bounding box of zero extent is treated
-    /// as half-extent 1. Cost O(V + T + E * evaluation).
+    /// Builds the per-vertex quadrics of `mesh` and costs every edge of `edges`.
+    /// Returns:       nothing; `costs` (resized to the edge count) holds each edge's
+    ///                estimateEdgeCost.
+    /// Preconditions: the parent arrays are union-find forests over vertices and edges (identity
+    ///                at the start of a run); `neighbours` holds the neighbour map of every
+    ///                representative vertex; indices in range.
+    /// Side effects:  replaces the quadrics and the normalisation; a bounding box of zero extent
+    ///                is treated as half-extent 1.
+    /// Cost:          O(V + T + E * evaluation).
     void init(const oxTriMesh& mesh, const std::vector<tEdge>& edges,
               const std::vector<unsigned int>& vertexParents, const std::vector<unsigned int>& edgeParents,
               const std::vector<tNeighbourMap>& neighbours, std::vector<float>& costs);
 
-    /// Cost of collapsing edge `edge` (its endpoints resolved through `vertexParents`) and, in
-    /// `position`, the merged vertex's position in mesh coordinates: the minimiser of the summed
-    /// quadric plus lambda |x - midpoint|^2 (normalised coordinates). The cost is the summed
-    /// quadric at that point. +infinity when the collapse would turn a triangle around the edge
-    /// over (negative dot product of its normals before and after) or when more than 10
-    /// distinct triangle slots (0xFFFFFFFF counted) surround the edge; a NaN cost also comes
-    /// back as +infinity. O(valency).
+    /// Costs the collapse of edge `edge`, its endpoints resolved through `vertexParents`.
+    /// Returns:       the summed cost quadric at the merged vertex (normalised coordinates);
+    ///                `position` receives that vertex in mesh coordinates: the minimiser of the
+    ///                summed placement quadric (divided by the mean of its first three diagonal
+    ///                entries when positive) plus lambda |x - midpoint|^2.
+    /// On failure:    +infinity when the collapse would turn a triangle around the edge over
+    ///                (negative dot product of its normals before and after) or when more than
+    ///                10 distinct triangle slots (0xFFFFFFFF counted) surround the edge; a NaN
+    ///                cost also comes back as +infinity.
+    /// Preconditions: after init, with the run's current forests and neighbour maps.
+    /// Cost:          O(valency).
     float estimateEdgeCost(unsigned int edge, const oxTriMesh& mesh, const std::vector<tEdge>& edges,
                            const std::vector<unsigned int>& vertexParents,
                            const std::vector<unsigned int>& edgeParents,
                            const std::vector<tNeighbourMap>& neighbours, Wm4::Vector3<float>& position) const;
 
-    /// As estimateEdgeCost, but for the merged vertex placed at the given `position` (mesh
-    /// coordinates) instead of the optimal one: used when one endpoint must not move.
+    /// Costs the collapse of edge `edge` with the merged vertex at the given `position` (mesh
+    /// coordinates) instead of the optimal one, for an endpoint that must not move (an addition
+    /// of ours).
+    /// Returns:       the summed cost quadric at `position`; +infinity on the same refusals as
+    ///                estimateEdgeCost.
+    /// Cost:          O(valency).
     float estimateEdgeCostAt(unsigned int edge, const oxTriMesh& mesh, const std::vector<tEdge>& edges,
                              const std::vector<unsigned int>& vertexParents,
                              const std::vector<unsigned int>& edgeParents,
                              const std::vector<tNeighbourMap>& neighbours,
                              const Wm4::Vector3<float>& position) const;
 
-    /// Merges the quadrics of the two stored endpoints of `edge`: both receive their sum.
-    /// The edge-collapse driver passes the edge with its endpoints resolved.
+    /// Merges the quadrics of the two stored endpoints of `edge`.
+    /// Preconditions: the endpoints are the representatives (the collapse driver passes the
+    ///                edge with its endpoints resolved).
+    /// Side effects:  both endpoints' cost and placement quadrics become their sum.
+    /// Cost:          O(1).
     void collapseEdge(const tEdge& edge);
 
-    /// Squared error bound of the current run (written by GenericEdgeCollapse).
+    /// Squared error bound of the current run (GenericEdgeCollapse writes maxError^2 here).
+    /// The accessors below are additions of ours; each is O(1).
     void setSquaredMaxError(float squaredMaxError) { m_squaredMaxError = squaredMaxError; }
     float getSquaredMaxError() const { return m_squaredMaxError; }
 
-    /// The cost quadric of vertex `v` (row-major 4x4, normalised coordinates).
+    /// The cost quadric of vertex `v` (row-major 4x4, normalised coordinates). Preconditions:
+    /// after init, v below the vertex count.
     const Wm4::Matrix4<float>& getCostQuadric(unsigned int v) const { return m_costQuadrics[v]; }
-    /// Normalisation centre and half-extent (valid after init).
+    /// Normalisation centre and half-extent (set by init; before it the origin and 1).
     const Wm4::Vector3<float>& getCenter() const { return m_center; }
     float getHalfExtent() const { return m_halfExtent; }
+    /// The regularisation weight given at construction.
     float getLambda() const { return m_lambda; }
 
 private:

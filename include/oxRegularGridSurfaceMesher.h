@@ -1,27 +1,23 @@
-// oxRegularGridSurfaceMesher: sparse, surface-following marching cubes on a regular grid.
+// oxRegularGridSurfaceMesher: meshes a point-set surface by marching cubes on a sparse regular
+// grid, visiting only the cells that the surface crosses near the points.
 //
-// The grid has 2^depth cells per axis (depth clamped to 1..10) over the cube that bounds
-// the surface's points grown by their radii. Meshing starts from the cells that contain
-// points, grows across every cube face the surface crosses (corner signs differ on it),
-// and emits one shared vertex per cut grid edge, placed by ten bisection steps of the
-// potential. Triangles face the positive side of the potential (outward for a surface
-// whose normals point outward). Normals are not written.
+// The grid has 2^depth cells per axis (depth clamped to 1..10) over the cube that bounds the
+// surface's points grown by their radii. Triangles face the positive side of the potential
+// (outward for a surface whose normals point outward). Normals are not written.
 //
-// Progress values go through oxProgressMonitorable and restart at 0 in every stage; the
-// library's message stream receives one "iteration :<n>" line per growth iteration, then
-// "searching precise surface position" and "done". The stages, their times and the counts are
-// also available as values (setStageCallback, getReport).
-//
-// Corners of the last cell layer of an axis are clamped onto that layer (a corner key never
-// leaves the grid), so a cell there has coinciding corners; seed cells take a corner's bit
-// from its actual offset. The cube is padded by the point radii, which keeps the points
-// out of that layer whenever a radius spans a cell or more (the usual case).
+// Progress values go through oxProgressMonitorable and restart at 0 in every stage (and in
+// every growth iteration); the library's message stream receives one "iteration :<n>" line per
+// growth iteration, then "searching precise surface position" and "done". The stages, their
+// times and the counts are also available as values (setStageCallback, getReport).
 //
 // Process-wide state, kept on purpose: the per-face boundary tests of the growth step are
 // function-local tables initialised once, from the grid size of the FIRST call in the
 // process. A later call with another effective depth tests its faces against those first
 // boundaries (a coarser first call blocks growth at its cell boundaries; a finer one lets
 // growth leave a smaller grid). Use one depth per process when this matters.
+//
+// How the mesher seeds, grows and places its vertices (and what happens in the last cell layer
+// of the grid) is told at the top of src/meshing/oxRegularGridSurfaceMesher.cpp.
 #pragma once
 
 #include <functional>
@@ -57,27 +53,38 @@ struct tGridMeshingReport {
 
 class oxRegularGridSurfaceMesher : public oxSurfacePolygonizer, public oxProgressMonitorable {
 public:
-    /// Borrows the surface (it and its query must outlive the mesher); depth 7.
+    /// Makes a mesher of `surface` with depth 7 and no progress notifier.
+    /// Preconditions: the surface and its query outlive the mesher (both are borrowed).
+    /// Cost:          O(1).
     explicit oxRegularGridSurfaceMesher(const oxPointSetSurface* surface);
+    /// Copies share the surface and copy the depth, progress state, report and stage callback.
     oxRegularGridSurfaceMesher(const oxRegularGridSurfaceMesher&) = default;
     oxRegularGridSurfaceMesher& operator=(const oxRegularGridSurfaceMesher&) = default;
 
-    /// Stores the depth as given; computeMesh clamps it to 1..10.
+    /// Stores the depth as given (getDepth returns it); computeMesh clamps it to 1..10. O(1).
     void setDepth(unsigned int depth) { m_depth = depth; }
     unsigned int getDepth() const { return m_depth; }
 
-    /// Meshes the surface (positions in the query's normalised frame) into a new geometry
-    /// with one vertex buffer (3 position and 3 normal channels, normals zero) and one
-    /// triangle index buffer; owned by the caller. Precondition: the point set holds at
-    /// least one point with a point size. Cost: a few potential evaluations per surface
-    /// cell (each distinct grid corner is evaluated once) plus ten per output vertex.
+    /// Meshes the surface into a new geometry.
+    /// Returns:       a geometry owned by the caller, with one vertex buffer (3 position and 3
+    ///                normal channels; positions in the query's normalised frame, normals zero)
+    ///                and one triangle index buffer; no triangles when the surface crosses no
+    ///                cell reached from the points.
+    /// Preconditions: the point set holds at least one point with a point size (an empty point
+    ///                set is a caller error).
+    /// Side effects:  prints its lines, sets progress values and calls the stage callback (see
+    ///                the file comment); fixes the face tables on the first call in the process;
+    ///                replaces the report.
+    /// Cost:          a few potential evaluations per surface cell (each distinct grid corner is
+    ///                evaluated once) plus ten per output vertex.
     oxGeometry* computeMesh() override;
 
     /// Counts and stage times of the last computeMesh (an addition of ours). O(1).
     const tGridMeshingReport& getReport() const { return m_report; }
 
-    /// Called at the start of every stage of computeMesh and once with Done at its end (an
-    /// addition of ours: progress values restart at 0 in every stage). May be empty. O(1).
+    /// Sets the function called at the start of every stage of computeMesh and once with Done
+    /// at its end (an addition of ours: progress values restart at 0 in every stage, so a
+    /// display needs to know which stage runs). May be empty. O(1).
     void setStageCallback(std::function<void(tGridMeshingStage)> callback)
     {
         m_onStage = std::move(callback);

@@ -1,7 +1,8 @@
 // Reconstruction of a surface from an oriented point cloud in one call (additions of ours to
 // the oxPointSetProcessing family): the point-set query in its normalised frame, a point-set
 // surface (APSS or RIMLS), the regular-grid mesher, the mesh mapped back to the cloud's own
-// coordinates with vertex normals, and the repair of a reconstructed mesh.
+// coordinates with vertex normals, and the repair of a reconstructed mesh. The pipeline's
+// steps are told at the top of src/meshing/oxReconstructSurface.cpp.
 #pragma once
 
 #include <memory>
@@ -53,28 +54,39 @@ struct tReconstructionReport {
     double repairSeconds = 0.0;
 };
 
-/// The position of a point of the query's normalised frame in the cloud's own coordinates:
-/// normalised * scale + centre. O(1).
+/// Maps a point of the query's normalised frame to the cloud's own coordinates.
+/// Returns:       normalised * scale + centre (the query's getScale and getCenter).
+/// Cost:          O(1).
 Vec3 ToInputFrame(const oxPointSetQuery& query, const Vec3& normalised);
 
 /// Maps every position of `vertices` from the query's normalised frame to the cloud's own
-/// coordinates (ToInputFrame). Side effects: rewrites the positions in place. Cost: O(V).
+/// coordinates (ToInputFrame).
+/// Side effects:  rewrites the positions in place; other channels untouched.
+/// Cost:          O(V).
 void MapToInputFrame(const oxPointSetQuery& query, oxVertexBuffer& vertices);
 
-/// Whether `cloud` can be reconstructed: at least kMinReconstructionPoints points, position and
-/// normal channels, every position finite. O(n).
+/// Tells whether `cloud` can be reconstructed.
+/// Returns:       true when it has at least kMinReconstructionPoints points, three position
+///                channels and a normal channel, and every position is finite.
+/// Cost:          O(n).
 bool IsReconstructible(const oxVertexBuffer& cloud);
 
 /// The ready point-set query a reconstruction meshes: a copy of the cloud's positions and unit
 /// normals with a point-size channel, normalised into the unit cube, with its hierarchy,
 /// neighbour graph and support radii.
 /// Returns:       the query (it owns its copy of the points); null when !IsReconstructible.
+/// Side effects:  none on `cloud`.
 /// Cost:          O(n log n) time, about 60 bytes per point.
 std::unique_ptr<oxPointSetQuery> BuildReconstructionQuery(const oxVertexBuffer& cloud);
 
-/// Reconstructs the surface of a ready query (BuildReconstructionQuery) as a triangle mesh in
-/// the cloud's own coordinates: as the other overload, without building the query (so several
-/// reconstructions can share it). report->querySeconds stays 0.
+/// Reconstructs the surface of a ready query as a triangle mesh in the cloud's own coordinates:
+/// as the other overload, without building the query, so several reconstructions can share it.
+/// Returns:       as the other overload; report->querySeconds stays 0.
+/// Preconditions: `query` comes from BuildReconstructionQuery (ready, with unit normals and
+///                support radii).
+/// Side effects:  none on `query`; otherwise as the other overload (`progress` values start at
+///                0.1).
+/// Cost:          as the other overload, without the query.
 oxPointer<oxTriMesh> ReconstructSurface(const oxPointSetQuery& query, const tReconstructionOptions& options,
                                         oxProgressNotifierInterface* progress = nullptr,
                                         tReconstructionReport* report = nullptr);
