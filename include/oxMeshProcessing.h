@@ -30,11 +30,15 @@ namespace oxMeshProcessing {
 
 /// Why an edge-collapse run ended (reported through tEdgeCollapseReport).
 enum class tCollapseStop {
-    NotManifold,        ///< set-up refused the input (message printed); mesh unchanged
-    TargetAboveCount,   ///< no collapse to make (target not below the count, or empty mesh)
-    TargetReached,      ///< the requested number of collapses was performed
-    ErrorBoundReached,  ///< the cheapest queued edge cost reached the squared error bound
-    NoLegalCollapse     ///< no queued edge is legal (queue empty or only infinite costs left)
+    NotManifold,  ///< set-up refused the input (message printed); mesh unchanged
+    /// No collapse tried: the target was above the triangle count (or equal to it, for
+    /// QuadricSimplify), or the mesh was empty.
+    TargetAboveCount,
+    TargetReached,  ///< the requested number of collapses was performed
+    /// The bound ended the run: the cheapest queued cost reached maxError^2 (GenericEdgeCollapse),
+    /// or only candidates over the bound were left (QuadricSimplify).
+    ErrorBoundReached,
+    NoLegalCollapse  ///< no queued edge is legal (queue empty or only infinite costs left)
 };
 
 /// Outcome of GenericEdgeCollapse, for callers that report it.

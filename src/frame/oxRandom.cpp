@@ -1,3 +1,5 @@
+// Process-wide uniform random numbers: the C library's rand(), seeded once per process with
+// srand(14973945) at the first draw, so every operation that samples continues one sequence.
 #include "frame/oxRandom.h"
 
 #include <cstdlib>

@@ -3,6 +3,13 @@
 // the regular-grid mesher, the mesh mapped back to the cloud's frame with angle-weighted
 // vertex normals, and the repair of a reconstructed mesh with a support test that asks the
 // query for each vertex's nearest point.
+//
+// The support test maps a vertex back into the query's frame and calls it unsupported when it
+// lies farther from its nearest point than the given fraction of that point's support radius.
+// The mesher's progress, which restarts in every stage and growth iteration, is mapped onto one
+// rising value: the query up to 0.1, the mesher's three stages from 0.1, 0.28 and 0.55 up to
+// 0.95, and 1 once the mesh is finished and repaired. The point-set surfaces and the mesher are
+// described in their own sources.
 #include "oxSurfaceReconstruction.h"
 
 #include "frame/oxOptionalReport.h"

@@ -1,9 +1,27 @@
 // Sparse regular-grid marching cubes: seed cells from the points, corner signs, growth
 // across crossed faces, shared vertices on cut edges, bisection.
 //
+// The grid has 2^depth cells per axis over the cube that bounds the points grown by their radii.
+// Meshing starts from the cells that contain points (each distinct corner of theirs is evaluated
+// once, by sorting the corners by key), grows breadth-first across every cube face the surface
+// crosses (corner signs differ on it) into cells not met yet, and stops at the grid's boundary
+// and at cells whose centre potential is infinite (far from every point: kept, but not grown
+// from). A corner is positive when its potential is > 0, so NaN counts as non-positive. The cube
+// table's rows of the cells are emitted in ascending cell key order with one shared vertex per
+// cut grid edge (its ordered pair of corner keys), numbered in first-use order; each vertex is
+// then placed by ten bisection steps of the potential between the edge's two corners.
+//
+// Corners of the last cell layer of an axis are clamped onto that layer (a corner key never
+// leaves the grid), so a cell there has coinciding corners; seed cells take a corner's bit from
+// its actual offset. The cube is padded by the point radii, which keeps the points out of that
+// layer whenever a radius spans a cell or more (the usual case).
+//
 // Based on: Lorensen and Cline, Marching cubes: a high resolution 3D surface construction
 // algorithm, 1987 (the cube triangle table), run as a surface-following (continuation) mesher
-// that only visits the cells reached from the points through faces the surface crosses.
+// that only visits the cells reached from the points through faces the surface crosses, with
+// vertices placed by bisection along the cut edges, as in Bloomenthal, Polygonization of
+// implicit surfaces, 1988, and An implicit surface polygonizer, 1994 (seeded here from every
+// cell that holds a point rather than from one seed).
 #include "oxRegularGridSurfaceMesher.h"
 
 #include <algorithm>

@@ -1,5 +1,22 @@
 // Polygonization tables: the marching-cubes triangle table and its row selection, the
 // square-face table and the tetrahedron table.
+//
+// The cube rows are the published marching-cubes triangle table. It numbers the corners
+// cyclically around each face, 0 (0,0,0), 1 (1,0,0), 2 (1,1,0), 3 (0,1,0) and the same at z = 1,
+// and sets a bit for a corner below the iso level. This library numbers a corner by its offset,
+// so a configuration (the mask of non-positive corners) selects its row by complementing the
+// mask and exchanging corners 2/3 and 6/7; the edge table is the published edge numbering
+// rewritten in this library's corner numbering. Triangles of a row are oriented with their
+// normals (right-hand rule) towards the corners whose bits are set in the published row mask,
+// i.e. towards the positive side of this library's configurations. The square table
+// triangulates a cube face with up to four side midpoints (and its centre when all four are
+// present); the tetrahedron table triangulates a tetrahedron's sign configurations on its cut
+// edges. All three are constant data.
+//
+// Based on: Lorensen and Cline, Marching cubes: a high resolution 3D surface construction
+// algorithm, 1987, with the triangle table as Bourke published it in Polygonising a scalar
+// field, 1994; the tetrahedron cases of marching tetrahedra, Doi and Koide, An efficient method
+// of triangulating equi-valued surfaces by using tetrahedral cells, 1991.
 #include "oxSurfacePolygonizer.h"
 
 namespace ox {

@@ -71,7 +71,8 @@ public:
     /// Whether collapsing edge (a, b) keeps the mesh an edge-manifold surface of the same
     /// topology: the edge exists, a and b share no neighbour besides the apexes (link
     /// condition), an interior edge does not join two boundary vertices, neither end is a
-    /// pinched vertex (several fans meeting), and no apex is left with a degenerate fan. Fills `fan`. O(triangles around a and b).
+    /// pinched vertex (several fans meeting), and no apex is left with a degenerate fan. Fills
+    /// `fan`. O(triangles around a and b).
     bool canCollapse(unsigned int a, unsigned int b, tEdgeFan& fan);
 
     /// Collapses edge (survivor, removed), which canCollapse accepted with `fan`: the triangles

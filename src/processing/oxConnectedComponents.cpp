@@ -1,4 +1,11 @@
 // Connected components of a triangle mesh (triangles sharing a vertex) and keeping the largest.
+//
+// Each triangle unites its three corners in a union-find over the vertices; the components are
+// then numbered in order of their first triangle. The largest has the most triangles, the
+// smallest label on ties.
+//
+// Based on: Tarjan, Efficiency of a good but not linear set union algorithm, 1975 (union-find,
+// processing/oxDisjointSets.h).
 #include <algorithm>
 
 #include "oxMeshProcessing.h"

@@ -1,4 +1,12 @@
 // Removal of connected components whose triangles face inwards.
+//
+// The vertex of smallest x of a component lies on its convex hull, where an outward surface
+// faces -x. Per component (triangles sharing a vertex), the triangles are walked in order while
+// the unit normals of those touching the component's current vertex of smallest x are summed;
+// the sum restarts with a triangle's normal whenever that triangle reveals a vertex with a
+// strictly smaller x. A positive x component of the final sum marks the component inverted, and
+// its triangles go. The buffers are rebuilt over the vertices the kept triangles use, with
+// positions, normals and colour unit 0 only.
 #include <limits>
 
 #include "oxMeshProcessing.h"

@@ -1,5 +1,12 @@
 // Closing of short boundary loops: a triangle for three edges, otherwise a fan around one new
 // vertex at the loop's mean (new edges only to that vertex, so no non-manifold edge appears).
+//
+// Boundary sides (edges of one triangle) link each vertex to the next one along the hole; a loop
+// is followed from its lowest-index vertex only through vertices with exactly one outgoing and
+// one incoming boundary side, so a walk that meets another vertex counts as an open loop. The
+// new triangles use the loop's sides the other way round, which keeps the orientation of the
+// triangles around the hole. The new vertex's record is the mean of the loop's records, its
+// normal rescaled to unit length.
 #include <algorithm>
 #include <cstdint>
 #include <vector>

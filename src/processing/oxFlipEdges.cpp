@@ -1,4 +1,15 @@
 // Edge flips that raise the smallest angle of pairs of nearly coplanar triangles.
+//
+// Each pass enumerates the edges afresh and tries every edge of exactly two triangles that
+// hold it with opposite winding: (a, b, c) and (b, a, d) become (a, d, c) and (d, b, c) when the
+// pair is nearly coplanar (cosine of the normals >= 0.985, about 10 degrees), edge (c, d) does
+// not exist yet, both new triangles face the side of both old ones, and the smallest of the six
+// angles grows by more than 1e-4 radians (which stops flips back and forth on ties). A triangle
+// flips at most once per pass, since the pass's edge table goes stale around it; passes repeat
+// until none flips, at most 50.
+//
+// Based on: Lawson, Software for C1 surface interpolation, 1977 (the local edge swap that
+// maximises the minimum angle), restricted to nearly coplanar pairs so that creases stay.
 #include <algorithm>
 #include <cmath>
 #include <cstdint>

@@ -1,5 +1,17 @@
 // Edge flips that bring vertex valences towards 6 (4 on the boundary), so that the edge
 // collapse, which refuses crowded neighbourhoods, finds more legal collapses.
+//
+// Valences (distinct edges per vertex) and ideals (4 for a vertex on an edge of one triangle, 6
+// otherwise) are counted once and kept up to date by every flip. Each pass enumerates the edges
+// afresh and tries every edge of exactly two consistently wound triangles (a, b, c), (b, a, d):
+// the flip to (c, d) lowers the sum of squared deviations of the four valences from their
+// ideals by 2 * excess - 4, excess = (va - ia) + (vb - ib) - (vc - ic) - (vd - id), so it is
+// taken when excess >= 3, a and b keep at least 3 edges, edge (c, d) does not exist yet, both
+// the old and the new pair bend by less than the limit, and the new triangles face the side of
+// the old ones. A triangle flips at most once per pass; passes repeat until none flips.
+//
+// Based on: Botsch and Kobbelt, A remeshing approach to multiresolution modeling, 2004 (the
+// valence-equalising edge flip with targets 6 inside and 4 on the boundary).
 #include <cmath>
 #include <cstdint>
 #include <unordered_set>

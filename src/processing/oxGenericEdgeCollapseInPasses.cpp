@@ -1,5 +1,14 @@
 // The neighbourhood-limited edge collapse in passes, with valence-balancing edge flips between
 // them so that crowded vertices become collapsible again.
+//
+// GenericEdgeCollapse refuses every edge with more than 10 triangles around it, so on real
+// meshes a single run stalls well above small targets: the vertices that absorbed collapses
+// grow crowded. Between runs FlipEdgesForValence evens out the valences, and the next run, with
+// a fresh metric built on the current mesh, goes on. The passes end when a run stops for any
+// other reason than running out of legal collapses (target, bound, refused input), when no flip
+// applies, when a run after the first collapses nothing, or after the pass limit. Progress of a
+// run (done / needed of its own collapses) is mapped onto the overall fraction of the triangles
+// to remove that are gone.
 #include "frame/oxOptionalReport.h"
 #include "oxMeshProcessing.h"
 

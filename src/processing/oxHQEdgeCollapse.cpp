@@ -1,4 +1,6 @@
-// Visually lossless simplification by the quadric edge collapse.
+// Visually lossless simplification by the quadric edge collapse: QuadricSimplify with no target
+// and an error bound of 1e-3 of half the bounding box's largest side, so only the triangles that
+// flat and gently curved regions do not need are removed.
 #include "addons/oxBBox.h"
 #include "oxMeshProcessing.h"
 #include "scenegraph/oxVertexBuffer.h"

@@ -3,11 +3,19 @@
 //
 // Around vertex p with unit normal N the surface is seen as a height field over the tangent
 // plane (T1, T2). Each incident triangle is planar, so over its wedge the height field has the
-// constant slope (gx, gy) of the triangle's normal. Samples are drawn in every wedge within the
-// shortest incident edge; a linear gradient field (a x + b y, b x + c y) is fitted to the
-// slopes by weighted least squares (each wedge weighted by its angle), and (a, b; b, c) is the Hessian of the height field. The
-// reported curvatures are its eigenvalues with the sign chosen so that a surface bending away
-// from its normal (a sphere with outward normals) has positive curvature.
+// constant slope (gx, gy) of the triangle's normal. 64 samples are drawn in every wedge within
+// the shortest edge at the vertex (radius sqrt(r1) times that length, direction interpolated
+// between the wedge's two projected edges by r2, both from the process-wide rand() sequence); a
+// linear gradient field (a x + b y, b x + c y) is fitted to the slopes by weighted least squares
+// (each wedge weighted by its angle over sqrt(1 + gx^2 + gy^2)), and (a, b; b, c) is the Hessian
+// of the height field. The reported curvatures are its eigenvalues with the sign chosen so that
+// a surface bending away from its normal (a sphere with outward normals) has positive
+// curvature; a NaN becomes 0, and the pair is ordered by absolute value.
+//
+// Based on: Rusinkiewicz, Estimating curvatures and their derivatives on triangle meshes, 2004,
+// for the principle (the second fundamental form fitted by least squares to the variation of the
+// normal); the fit here is per vertex, to the slopes of the incident triangles sampled over a
+// disc.
 #include <algorithm>
 #include <cmath>
 #include <limits>

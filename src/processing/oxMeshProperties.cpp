@@ -1,5 +1,18 @@
 // Construction, edge table, normals and valency of the mesh-property cache (the curvature is in
 // oxMeshCurvature.cpp).
+//
+// Edge table: the library's edge enumeration (triangle sides bucketed by their lower vertex)
+// numbers the edges by first appearance in triangle order and corner pair; two stable counting
+// passes put them in (v0, v1) key order, in which each vertex's exactly sized incident list is
+// filled from its end, so the lists come out in descending key order; a last walk over the
+// triangles writes the edge triples and the triangle slots (t0 the lowest triangle, t1 the last
+// one met). Every step is linear for bounded valences.
+// Vertex normals: each triangle adds its unit normal times its interior angle at a corner to
+// that corner's sum (a degenerate triangle adds nothing, even where an angle rounds to NaN);
+// the sums are then rescaled to unit length, zero staying zero.
+//
+// Based on: Thürmer and Wüthrich, Computing vertex normals from polygonal facets, 1998 (the
+// angle-weighted vertex normal).
 #include "oxMeshProperties.h"
 
 #include "processing/oxEdgeSides.h"

@@ -1,4 +1,26 @@
 // Quadric construction, placement and cost of the edge-collapse metric.
+//
+// Positions are normalised to the bounding box of the vertices (p^ = (p - c) / h, c the box
+// centre, h half its largest extent, 1 for a box of zero extent), which keeps the quadrics well
+// conditioned whatever the units of the mesh. Every triangle adds one quadric to the cost and to
+// the placement quadric of each of its corners:
+// - a well-shaped triangle its plane quadric [n; -n.p0][n; -n.p0]^T with weight 1 (no area
+//   weighting);
+// - a thin (needle-like) triangle, |cross| / longest squared edge < 0.1, the squared distance to
+//   the line through its centroid along its longest edge, weighted by 1000.
+// The merged vertex minimises the summed placement quadric, divided by the mean of its first
+// three diagonal entries when that is positive (so lambda is relative to the quadric's scale),
+// plus lambda |x - midpoint|^2: the 4x4 system with last row (0, 0, 0, 1) is solved through its
+// inverse. The cost is the summed cost quadric at that point (the two quadric sets hold the same
+// values: one is read for the cost, the other for the placement). A collapse is refused (cost
+// +infinity) when more than 10 distinct triangle slots, 0xFFFFFFFF counted, surround the edge,
+// or when a triangle among them would turn over: a negative dot product of its unnormalised
+// normals before and after (a triangle of the edge itself degenerates to zero and passes).
+// Merging an edge gives both endpoints the sum of their quadrics.
+//
+// Based on: Garland and Heckbert, Surface simplification using quadric error metrics, 1997
+// (plane quadrics summed over a vertex's triangles, their sum as the collapse cost, the
+// minimiser as the merged position).
 #include "oxQuadricErrorMetric.h"
 
 #include <cmath>

@@ -2,6 +2,35 @@
 // the whole run, an indexed priority queue of edges re-keyed around every collapse, optimal
 // placement regularised towards the edge midpoint, topological and fold-over guards, and a
 // final compaction.
+//
+// - Positions move, in double precision, to a frame centred on the bounding box where half its
+//   largest side is 1, so the quadrics stay well conditioned whatever the units of the file.
+// - Every vertex holds the plane quadrics of its original triangles, weighted by area, plus the
+//   planes through every open border edge perpendicular to its triangle, weighted by ten times
+//   the edge's squared length (they hold borders in place and add no area). Merged vertices add
+//   their quadrics, so the error is always measured against the input.
+// - The merged vertex minimises its quadric plus a pull towards the edge midpoint of 1e-9 times
+//   the quadric's weight, which only decides the directions the planes leave free (along a
+//   crease, across a flat region); a singular system falls back to the midpoint, and a locked
+//   endpoint keeps its position.
+// - Candidates are ordered by their quadric error (area times squared distance) in an indexed
+//   four-ary heap. The error bound is tested against the area-weighted RMS distance (error over
+//   area) of each candidate taken, so a candidate over it is passed over rather than ending the
+//   run. After a collapse the survivor's edges are re-keyed. An edge refused for its
+//   neighbourhood leaves the queue; when the queue runs dry above the target, the live edges are
+//   queued again as long as a collapse happened since the last refill.
+// - Legality: the link condition, no inner edge joining two border vertices, no pinched
+//   endpoint, every apex keeps at least three triangles (one on a border) (tCollapsibleMesh);
+//   then no triangle around the edge may turn by more than about 78 degrees (cosine 0.2) or
+//   become degenerate.
+// - The run stops once fewer than target + 2 triangles are live (a collapse removes two, one on
+//   a border); untouched vertices keep their exact positions in the compacted buffers.
+//
+// Based on: Garland and Heckbert, Surface simplification using quadric error metrics, 1997
+// (plane quadrics, the optimal placement, perpendicular planes that preserve borders); the link
+// condition of Dey, Edelsbrunner, Guha and Nekhayev, Topology preserving edge contraction, 1999;
+// the four-ary heap of Johnson, Priority queues with update and finding minimum spanning trees,
+// 1975.
 #include <algorithm>
 #include <cmath>
 #include <iostream>

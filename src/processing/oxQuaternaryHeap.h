@@ -2,6 +2,9 @@
 // at most once and can be re-keyed or removed in place, so a priority queue of edges never
 // accumulates stale entries. Four children per node halve the depth of a binary heap and keep
 // siblings in adjacent memory, which matters when the heap is far larger than the cache.
+//
+// Based on: Johnson, Priority queues with update and finding minimum spanning trees, 1975 (the
+// d-ary heap, here with d = 4).
 #pragma once
 
 #include <vector>

@@ -1,4 +1,9 @@
-// Angle-weighted vertex normals accumulated into the normals already in the buffer.
+// Angle-weighted vertex normals accumulated into the normals already in the buffer: every
+// triangle adds its unit normal times its interior angle at each corner to that corner's normal,
+// then every normal is rescaled to unit length (zero stays zero). The old normals stay in the
+// sum on purpose; the reconstruction pipeline zeroes them first.
+//
+// Based on: Thürmer and Wüthrich, Computing vertex normals from polygonal facets, 1998.
 #include "oxMeshProcessing.h"
 #include "processing/oxMeshCompaction.h"
 #include "processing/oxMeshMath.h"

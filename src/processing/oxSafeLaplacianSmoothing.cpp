@@ -1,4 +1,15 @@
 // Uniform Laplacian smoothing that never turns a triangle over.
+//
+// Each pass visits the vertices in index order and moves each interior vertex by `factor`
+// towards the mean of its neighbours' current positions (neighbours moved earlier in the pass
+// count with their new positions). The move is kept only when every incident triangle's
+// unnormalised normal keeps a positive dot product with its normal in the input; a triangle
+// that would become degenerate has a zero normal and refuses the move too (so a triangle that is
+// degenerate in the input pins its vertices). Vertices on an open or non-manifold edge, vertices
+// without neighbours and locked vertices do not move.
+//
+// Based on: Field, Laplacian smoothing and Delaunay triangulations, 1988 (the uniform Laplacian
+// update applied vertex by vertex), with a guard against inverted triangles.
 #include "oxMeshProcessing.h"
 #include "processing/oxMeshAdjacency.h"
 #include "processing/oxMeshCompaction.h"

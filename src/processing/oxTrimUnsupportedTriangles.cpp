@@ -1,5 +1,12 @@
 // Trimming of extrapolated surface: triangles that touch an unsupported vertex, grown from the
 // open and non-manifold edges through such triangles.
+//
+// A surface fitted to points grows flaps and bands past sharp edges or a scan's rim, and those
+// end in open rims; a gap between the samples of a well covered region is enclosed by fitted
+// surface instead. So the trim starts only at the triangles on an edge that is not shared by
+// exactly two triangles, and spreads across two-sided edges while the next triangle also
+// touches an unsupported vertex. The test is asked lazily, once per vertex, only around the
+// rims and the region grown from them.
 #include <cstdint>
 #include <vector>
 
