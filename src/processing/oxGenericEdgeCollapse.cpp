@@ -3,15 +3,16 @@
 // tests of each collapse (boundary, apex valency, link condition, the metric's fold-over and
 // crowding test), union-find merging of vertices and edges, and the final rebuild.
 //
-// The edge at the front of the queue is taken out and re-costed. It is skipped when it lies on
-// the boundary, when both endpoints are on the boundary (the collapse would pinch the surface),
-// when an apex has valency <= 3, when the link condition fails (the endpoints share a neighbour
-// other than the two apexes), or when the recomputed cost is infinite: the neighbourhood changed
-// since the edge was queued, and the collapse would now fold a triangle over or crowd more than
-// 10 triangles around the edge. Such an edge stays out of the queue until a neighbouring
-// collapse re-costs it, so no triangle is ever flipped. The error bound is tested on the queued
-// cost only; a finite recomputed cost collapses whatever its value. A collapse attaches the
-// larger endpoint under the smaller in the vertex forest, gives the survivor the sum of the two
+// The edge at the front of the queue is taken out and re-costed. It is skipped when it was
+// merged into another edge or its endpoints already coincide, when it lies on the boundary,
+// when both endpoints are on the boundary (the collapse would pinch the surface), when an apex
+// has valency <= 3, when the link condition fails (the endpoints share a neighbour other than
+// the two apexes), or when the recomputed cost is infinite: the neighbourhood changed since the
+// edge was queued, and the collapse would now fold a triangle over or crowd more than 10
+// triangles around the edge. Such an edge stays out of the queue until a neighbouring collapse
+// re-costs it, so no triangle is ever flipped. The error bound is tested on the queued cost
+// only; a finite recomputed cost collapses whatever its value. A collapse attaches the larger
+// endpoint under the smaller in the vertex forest, gives the survivor the sum of the two
 // valencies less 4, merges the quadrics, folds the edge from the removed vertex to each apex
 // onto the survivor's, hands the removed vertex's other neighbours to the survivor and re-costs
 // every edge around the survivor (an edge locked at both ends leaves the queue). The run ends

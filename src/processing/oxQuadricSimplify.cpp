@@ -14,14 +14,14 @@
 //   crease, across a flat region); a singular system falls back to the midpoint, and a locked
 //   endpoint keeps its position.
 // - Candidates are ordered by their quadric error (area times squared distance) in an indexed
-//   four-ary heap. The error bound is tested against the area-weighted RMS distance (error over
-//   area) of each candidate taken, so a candidate over it is passed over rather than ending the
-//   run. After a collapse the survivor's edges are re-keyed. An edge refused for its
+//   four-ary heap. The error bound is tested against the area-weighted RMS distance (the root of
+//   error over area) of each candidate taken, so a candidate over it is passed over rather than
+//   ending the run. After a collapse the survivor's edges are re-keyed. An edge refused for its
 //   neighbourhood leaves the queue; when the queue runs dry above the target, the live edges are
 //   queued again as long as a collapse happened since the last refill.
 // - Legality: the link condition, no inner edge joining two border vertices, no pinched
 //   endpoint, every apex keeps at least three triangles (one on a border) (tCollapsibleMesh);
-//   then no triangle around the edge may turn by more than about 78 degrees (cosine 0.2) or
+//   then no other triangle around a or b may turn by more than about 78 degrees (cosine 0.2) or
 //   become degenerate.
 // - The run stops once fewer than target + 2 triangles are live (a collapse removes two, one on
 //   a border); untouched vertices keep their exact positions in the compacted buffers.
