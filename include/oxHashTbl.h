@@ -218,8 +218,8 @@ public:
     /// Preconditions: B > 0.
     /// Side effects:  walks the key's chain (bucket Hash::hash(key, B)); an equal key (raw
     ///                memory) has its value overwritten in place; otherwise a new node is
-    ///                appended at the chain's tail and the count grows by one. Tables sharing
-    ///                the chain see the new node.
+    ///                appended at the chain's tail and the count grows by one. A table that
+    ///                shares a non-empty chain sees the appended node (its count stays).
     /// Cost:          one hash and a chain walk; one node from the pool for a new key.
     Value* set(const Key& key, const Value& value)
     {
