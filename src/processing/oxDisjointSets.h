@@ -14,6 +14,16 @@
 namespace ox {
 namespace detail {
 
+/// Representative of x in a parent forest read as it is (no path shortening), for readers of a
+/// forest they must not change, such as the quadric metric walking the collapse's vertex
+/// parents.
+inline unsigned int findRootOf(const std::vector<unsigned int>& parents, unsigned int x)
+{
+    while (parents[x] != x)
+        x = parents[x];
+    return x;
+}
+
 /// Disjoint sets over 0 .. n-1. A union keeps the smaller representative, so every set is
 /// represented by its smallest element and results do not depend on the order of unions.
 class tDisjointSets {
@@ -45,12 +55,7 @@ public:
     }
 
     /// Representative of x without changing the forest (for readers that must stay const).
-    unsigned int findConst(unsigned int x) const
-    {
-        while (m_parent[x] != x)
-            x = m_parent[x];
-        return x;
-    }
+    unsigned int findConst(unsigned int x) const { return findRootOf(m_parent, x); }
 
     /// Joins the sets of a and b; returns the representative of the union.
     unsigned int unite(unsigned int a, unsigned int b)

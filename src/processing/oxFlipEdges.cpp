@@ -15,6 +15,7 @@
 #include <cstdint>
 #include <unordered_set>
 
+#include "oxMeshLibTypes.h"
 #include "oxMeshProcessing.h"
 #include "processing/oxEdgeFlip.h"
 #include "processing/oxEdgeSides.h"
@@ -27,13 +28,11 @@ namespace oxMeshProcessing {
 
 namespace {
 
-typedef Wm4::Vector3<float> tVec3;
-const unsigned int NONE = 0xFFFFFFFFu;
-const unsigned int MAX_PASSES = 50;
-const float COPLANAR_COSINE = 0.985f;  // about 10 degrees between the two normals
-const float MIN_ANGLE_GAIN = 1e-4f;    // radians; avoids flipping back and forth on ties
+const unsigned int kMaxPasses = 50;
+const float kCoplanarCosine = 0.985f;  // about 10 degrees between the two normals
+const float kMinAngleGain = 1e-4f;     // radians; avoids flipping back and forth on ties
 
-float angleBetween(const tVec3& u, const tVec3& v)
+float angleBetween(const Vec3& u, const Vec3& v)
 {
     const float lengths = u.Length() * v.Length();
     if (!(lengths > 0.0f)) {
@@ -42,13 +41,13 @@ float angleBetween(const tVec3& u, const tVec3& v)
     return std::acos(std::max(-1.0f, std::min(1.0f, u.Dot(v) / lengths)));
 }
 
-float smallestAngle(const tVec3& p0, const tVec3& p1, const tVec3& p2)
+float smallestAngle(const Vec3& p0, const Vec3& p1, const Vec3& p2)
 {
     return std::min(
         {angleBetween(p1 - p0, p2 - p0), angleBetween(p0 - p1, p2 - p1), angleBetween(p0 - p2, p1 - p2)});
 }
 
-tVec3 normalOf(const tVec3& p0, const tVec3& p1, const tVec3& p2)
+Vec3 normalOf(const Vec3& p0, const Vec3& p1, const Vec3& p2)
 {
     return (p1 - p0).Cross(p2 - p0);
 }
@@ -78,20 +77,20 @@ bool tryFlip(const oxVertexBuffer& vb, unsigned int* idx, unsigned int t0, unsig
         edgeSet.count(detail::undirectedEdgeKey(c, d)) != 0) {
         return false;
     }
-    const tVec3 &pa = vb.Position3(static_cast<int>(a)), &pb = vb.Position3(static_cast<int>(b));
-    const tVec3 &pc = vb.Position3(static_cast<int>(c)), &pd = vb.Position3(static_cast<int>(d));
-    const tVec3 n0 = normalOf(pa, pb, pc), n1 = normalOf(pb, pa, pd);
+    const Vec3 &pa = vb.Position3(static_cast<int>(a)), &pb = vb.Position3(static_cast<int>(b));
+    const Vec3 &pc = vb.Position3(static_cast<int>(c)), &pd = vb.Position3(static_cast<int>(d));
+    const Vec3 n0 = normalOf(pa, pb, pc), n1 = normalOf(pb, pa, pd);
     const float lengths = n0.Length() * n1.Length();
-    if (!(lengths > 0.0f) || n0.Dot(n1) < COPLANAR_COSINE * lengths) {
+    if (!(lengths > 0.0f) || n0.Dot(n1) < kCoplanarCosine * lengths) {
         return false;
     }
-    const tVec3 m0 = normalOf(pa, pd, pc), m1 = normalOf(pd, pb, pc);
+    const Vec3 m0 = normalOf(pa, pd, pc), m1 = normalOf(pd, pb, pc);
     if (!(m0.Dot(n0) > 0.0f && m0.Dot(n1) > 0.0f && m1.Dot(n0) > 0.0f && m1.Dot(n1) > 0.0f)) {
         return false;
     }
     const float before = std::min(smallestAngle(pa, pb, pc), smallestAngle(pb, pa, pd));
     const float after = std::min(smallestAngle(pa, pd, pc), smallestAngle(pd, pb, pc));
-    if (!(after > before + MIN_ANGLE_GAIN)) {
+    if (!(after > before + kMinAngleGain)) {
         return false;
     }
     detail::flipTrianglePair(c0, c1, a, b, c, d, edgeSet);
@@ -109,10 +108,11 @@ void FlipEdges(oxTriMesh& mesh)
     unsigned int* idx = mesh.GetIndexBuffer()->GetData();
     const unsigned int triangleCount = static_cast<unsigned int>(mesh.GetTriangleQuantity());
     const unsigned int vertexCount = detail::vertexCount(mesh);
-    for (unsigned int pass = 0; pass < MAX_PASSES; ++pass) {
+    for (unsigned int pass = 0; pass < kMaxPasses; ++pass) {
         std::vector<unsigned int> v0, v1, triangleEdges;
         detail::enumerateEdges(idx, triangleCount, vertexCount, v0, v1, triangleEdges);
-        std::vector<unsigned int> first(v0.size(), NONE), second(v0.size(), NONE), uses(v0.size(), 0u);
+        std::vector<unsigned int> first(v0.size(), kNoIndex), second(v0.size(), kNoIndex),
+            uses(v0.size(), 0u);
         for (unsigned int i = 0; i < triangleEdges.size(); ++i) {
             const unsigned int e = triangleEdges[i];
             (uses[e]++ == 0 ? first[e] : second[e]) = i / 3;

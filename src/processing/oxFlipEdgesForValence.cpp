@@ -16,6 +16,7 @@
 #include <cstdint>
 #include <unordered_set>
 
+#include "oxMeshLibTypes.h"
 #include "oxMeshProcessing.h"
 #include "processing/oxEdgeFlip.h"
 #include "processing/oxEdgeSides.h"
@@ -27,9 +28,6 @@ namespace ox {
 namespace oxMeshProcessing {
 
 namespace {
-
-typedef Wm4::Vector3<float> tVec3;
-const unsigned int NONE = 0xFFFFFFFFu;
 
 /// Corner k (0..2) of triangle corners `c` holding v, or -1.
 int cornerIndex(const unsigned int* c, unsigned int v)
@@ -45,9 +43,9 @@ struct tValenceFlipper {
     std::vector<int> valence, ideal;
     std::unordered_set<std::uint64_t> existing;
 
-    tVec3 position(unsigned int v) const { return vertices.Position3(static_cast<int>(v)); }
+    Vec3 position(unsigned int v) const { return vertices.Position3(static_cast<int>(v)); }
 
-    static bool withinBend(const tVec3& n, const tVec3& m, float minCosine)
+    static bool withinBend(const Vec3& n, const Vec3& m, float minCosine)
     {
         const float lengths = n.Length() * m.Length();
         return lengths > 0.0f && n.Dot(m) >= minCosine * lengths;
@@ -57,9 +55,9 @@ struct tValenceFlipper {
     /// pairs of triangles within the bend limit, new triangles facing the old side.
     bool shapeAllows(unsigned int a, unsigned int b, unsigned int c, unsigned int d) const
     {
-        const tVec3 pa = position(a), pb = position(b), pc = position(c), pd = position(d);
-        const tVec3 n0 = (pb - pa).Cross(pc - pa), n1 = (pa - pb).Cross(pd - pb);
-        const tVec3 m0 = (pd - pa).Cross(pc - pa), m1 = (pb - pd).Cross(pc - pd);
+        const Vec3 pa = position(a), pb = position(b), pc = position(c), pd = position(d);
+        const Vec3 n0 = (pb - pa).Cross(pc - pa), n1 = (pa - pb).Cross(pd - pb);
+        const Vec3 m0 = (pd - pa).Cross(pc - pa), m1 = (pb - pd).Cross(pc - pd);
         return withinBend(n0, n1, minBendCosine) && withinBend(m0, m1, minBendCosine) && m0.Dot(n0) > 0.0f &&
                m0.Dot(n1) > 0.0f && m1.Dot(n0) > 0.0f && m1.Dot(n1) > 0.0f;
     }
@@ -118,7 +116,8 @@ unsigned int FlipEdgesForValence(oxTriMesh& mesh, float maxBendDegrees, unsigned
     unsigned int flips = 0;
     for (unsigned int pass = 0; pass < maxPasses; ++pass) {
         detail::enumerateEdges(flipper.indices, triangleCount, vertexCount, v0, v1, triangleEdges);
-        std::vector<unsigned int> first(v0.size(), NONE), second(v0.size(), NONE), uses(v0.size(), 0u);
+        std::vector<unsigned int> first(v0.size(), kNoIndex), second(v0.size(), kNoIndex),
+            uses(v0.size(), 0u);
         for (unsigned int i = 0; i < triangleEdges.size(); ++i) {
             const unsigned int e = triangleEdges[i];
             (uses[e]++ == 0 ? first[e] : second[e]) = i / 3;

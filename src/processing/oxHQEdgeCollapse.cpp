@@ -10,7 +10,7 @@ namespace oxMeshProcessing {
 
 namespace {
 /// Error bound relative to half the bounding box's largest side.
-const float HQ_RELATIVE_ERROR = 1e-3f;
+const float kHqRelativeError = 1e-3f;
 }  // namespace
 
 void HQEdgeCollapse(oxTriMesh& mesh, oxProgressNotifierInterface* progress)
@@ -23,7 +23,7 @@ void HQEdgeCollapse(oxTriMesh& mesh, oxProgressNotifierInterface* progress)
         box.selfExpand(vertices->Position3(v));
     unsigned int axis = 0;
     tQuadricSimplifyOptions options;
-    options.maxError = HQ_RELATIVE_ERROR * 0.5f * box.getMaxExtent(axis);
+    options.maxError = kHqRelativeError * 0.5f * box.getMaxExtent(axis);
     QuadricSimplify(mesh, options, progress, nullptr);
 }
 

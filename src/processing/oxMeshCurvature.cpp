@@ -21,6 +21,7 @@
 #include <limits>
 
 #include "frame/oxRandom.h"
+#include "oxMeshLibTypes.h"
 #include "oxMeshProperties.h"
 #include "processing/oxMeshMath.h"
 #include "scenegraph/oxIndexBuffer.h"
@@ -30,8 +31,7 @@ namespace ox {
 
 namespace {
 
-typedef Wm4::Vector3<float> tVec3;
-const unsigned int SAMPLES_PER_TRIANGLE = 64;
+const unsigned int kSamplesPerTriangle = 64;
 
 /// Weighted sample moments gathered around one vertex.
 struct tMoments {
@@ -40,7 +40,7 @@ struct tMoments {
 };
 
 /// Unit 2D direction of `v` projected into the tangent plane (t1, t2); zero when degenerate.
-void projectDirection(const tVec3& v, const tVec3& t1, const tVec3& t2, float& x, float& y)
+void projectDirection(const Vec3& v, const Vec3& t1, const Vec3& t2, float& x, float& y)
 {
     x = v.Dot(t1);
     y = v.Dot(t2);
@@ -54,10 +54,10 @@ void projectDirection(const tVec3& v, const tVec3& t1, const tVec3& t2, float& x
 }
 
 /// Tangent vectors completing the unit normal n to an orthonormal right-handed frame.
-void tangentFrame(const tVec3& n, tVec3& t1, tVec3& t2)
+void tangentFrame(const Vec3& n, Vec3& t1, Vec3& t2)
 {
-    const tVec3 axis = std::fabs(n.X()) < 0.6f ? tVec3(1, 0, 0)
-                                               : (std::fabs(n.Y()) < 0.6f ? tVec3(0, 1, 0) : tVec3(0, 0, 1));
+    const Vec3 axis =
+        std::fabs(n.X()) < 0.6f ? Vec3(1, 0, 0) : (std::fabs(n.Y()) < 0.6f ? Vec3(0, 1, 0) : Vec3(0, 0, 1));
     t1 = detail::unitOrZero(axis - n * axis.Dot(n));
     t2 = n.Cross(t1);
 }
@@ -70,7 +70,7 @@ void sampleWedge(float d0x, float d0y, float d1x, float d1y, float gx, float gy,
     // angle restores a uniform sample density over the disc (narrow wedges would dominate).
     const double wedge = std::acos(std::max(-1.0, std::min(1.0, double(d0x) * d1x + double(d0y) * d1y)));
     const double w = wedge / std::sqrt(double(gx) * gx + double(gy) * gy + 1.0);
-    for (unsigned int s = 0; s < SAMPLES_PER_TRIANGLE; ++s) {
+    for (unsigned int s = 0; s < kSamplesPerTriangle; ++s) {
         const float r1 = detail::unitRandom();
         const float r2 = detail::unitRandom();
         const float distance = std::sqrt(r1) * radius;
@@ -130,7 +130,7 @@ void solveHessian(const tMoments& m, double& a, double& b, double& c)
 
 void oxMeshProperties::computeCurvatureImplemented()
 {
-    const std::vector<tVec3>& vertexNormals = vertexNormalsImplemented().values;
+    const std::vector<Vec3>& vertexNormals = vertexNormalsImplemented().values;
     const oxVertexBuffer& vb = *m_mesh->GetVertexBuffer();
     const oxIndexBuffer* ib = m_mesh->GetIndexBuffer();
     const unsigned int vertexCount = static_cast<unsigned int>(vb.GetVertexQuantity());
@@ -174,19 +174,19 @@ void oxMeshProperties::computeCurvatureImplemented()
 
     m_curvature.values.assign(vertexCount, tCurvature());
     for (unsigned int v = 0; v < vertexCount; ++v) {
-        const tVec3& N = vertexNormals[v];
-        if (start[v] == start[v + 1] || N == tVec3()) {
+        const Vec3& N = vertexNormals[v];
+        if (start[v] == start[v + 1] || N == Vec3()) {
             continue;  // no surface around the vertex: zero curvature
         }
-        tVec3 T1, T2;
+        Vec3 T1, T2;
         tangentFrame(N, T1, T2);
-        const tVec3& p = vb.Position3(static_cast<int>(v));
+        const Vec3& p = vb.Position3(static_cast<int>(v));
         tMoments moments;
         for (unsigned int i = start[v]; i < start[v + 1]; ++i) {
             const unsigned int* c = indices + 3 * around[i];
             const unsigned int k = cornerOf[i];
-            const tVec3 q0 = vb.Position3(c[(k + 1) % 3]), q1 = vb.Position3(c[(k + 2) % 3]);
-            const tVec3 n =
+            const Vec3 q0 = vb.Position3(c[(k + 1) % 3]), q1 = vb.Position3(c[(k + 2) % 3]);
+            const Vec3 n =
                 detail::triangleUnitNormal(vb.Position3(c[0]), vb.Position3(c[1]), vb.Position3(c[2]));
             float d0x, d0y, d1x, d1y;
             projectDirection(q0 - p, T1, T2, d0x, d0y);

@@ -22,6 +22,8 @@
 // (plane quadrics summed over a vertex's triangles, their sum as the collapse cost, the
 // minimiser as the merged position).
 #include "oxQuadricErrorMetric.h"
+#include "oxMeshLibTypes.h"
+#include "processing/oxDisjointSets.h"
 
 #include <cmath>
 #include <limits>
@@ -35,26 +37,16 @@ namespace oxMeshProcessing {
 
 namespace {
 
-typedef Wm4::Vector3<float> tVec3;
 typedef Wm4::Matrix4<float> tMat4;
-const unsigned int NONE = 0xFFFFFFFFu;
-const float THIN_TRIANGLE_RATIO = 0.1f;
-const float LINE_QUADRIC_WEIGHT = 1000.0f;
-const std::size_t MAX_TRIANGLES_AROUND_EDGE = 10;
-
-unsigned int findRoot(const std::vector<unsigned int>& parents, unsigned int v)
-{
-    while (parents[v] != v) {
-        v = parents[v];
-    }
-    return v;
-}
+const float kThinTriangleRatio = 0.1f;
+const float kLineQuadricWeight = 1000.0f;
+const std::size_t kMaxTrianglesAroundEdge = 10;
 
 /// The quadric of one triangle in normalised coordinates (see the header comment).
-tMat4 triangleQuadric(const tVec3& p0, const tVec3& p1, const tVec3& p2)
+tMat4 triangleQuadric(const Vec3& p0, const Vec3& p1, const Vec3& p2)
 {
-    const tVec3 e[3] = {p1 - p0, p2 - p1, p0 - p2};
-    const tVec3 cross = e[0].Cross(p2 - p0);
+    const Vec3 e[3] = {p1 - p0, p2 - p1, p0 - p2};
+    const Vec3 cross = e[0].Cross(p2 - p0);
     int longest = 0;
     float longestSquared = e[0].SquaredLength();
     for (int k = 1; k < 3; ++k) {
@@ -65,11 +57,11 @@ tMat4 triangleQuadric(const tVec3& p0, const tVec3& p1, const tVec3& p2)
     }
     const float ratio = cross.Length() / longestSquared;
     tMat4 q;
-    if (ratio < THIN_TRIANGLE_RATIO) {
+    if (ratio < kThinTriangleRatio) {
         // Squared distance to the line through the centroid along the longest edge.
-        tVec3 d = e[longest];
+        Vec3 d = e[longest];
         d.Normalize();
-        const tVec3 g = (p0 + p1 + p2) * 0.33333334f;
+        const Vec3 g = (p0 + p1 + p2) * 0.33333334f;
         float A[3][3];
         for (int r = 0; r < 3; ++r) {
             for (int c = 0; c < 3; ++c) {
@@ -82,13 +74,13 @@ tMat4 triangleQuadric(const tVec3& p0, const tVec3& p1, const tVec3& p2)
         }
         for (int r = 0; r < 3; ++r) {
             for (int c = 0; c < 3; ++c) {
-                q(r, c) = LINE_QUADRIC_WEIGHT * A[r][c];
+                q(r, c) = kLineQuadricWeight * A[r][c];
             }
-            q(r, 3) = q(3, r) = -LINE_QUADRIC_WEIGHT * Ag[r];
+            q(r, 3) = q(3, r) = -kLineQuadricWeight * Ag[r];
         }
-        q(3, 3) = LINE_QUADRIC_WEIGHT * (g[0] * Ag[0] + g[1] * Ag[1] + g[2] * Ag[2]);
+        q(3, 3) = kLineQuadricWeight * (g[0] * Ag[0] + g[1] * Ag[1] + g[2] * Ag[2]);
     } else {
-        tVec3 n = cross;
+        Vec3 n = cross;
         n.Normalize();
         const float plane[4] = {n[0], n[1], n[2], -n.Dot(p0)};
         for (int r = 0; r < 4; ++r) {
@@ -109,8 +101,8 @@ oxQuadricErrorMetric::oxQuadricErrorMetric(float lambda)
 void oxQuadricErrorMetric::resolveEndpoints(const tEdge& edge, const std::vector<unsigned int>& vertexParents,
                                             unsigned int& a, unsigned int& b)
 {
-    a = findRoot(vertexParents, edge.v0);
-    b = findRoot(vertexParents, edge.v1);
+    a = detail::findRootOf(vertexParents, edge.v0);
+    b = detail::findRootOf(vertexParents, edge.v1);
 }
 
 void oxQuadricErrorMetric::init(const oxTriMesh& mesh, const std::vector<tEdge>& edges,
@@ -126,7 +118,7 @@ void oxQuadricErrorMetric::init(const oxTriMesh& mesh, const std::vector<tEdge>&
         box.selfExpand(vb.Position3(v));
     }
     unsigned int axis = 0;
-    m_center = vertexCount > 0 ? box.getCenter() : tVec3();
+    m_center = vertexCount > 0 ? box.getCenter() : Vec3();
     m_halfExtent = vertexCount > 0 ? 0.5f * box.getMaxExtent(axis) : 0.0f;
     if (!(m_halfExtent > 0.0f)) {
         m_halfExtent = 1.0f;
@@ -137,7 +129,7 @@ void oxQuadricErrorMetric::init(const oxTriMesh& mesh, const std::vector<tEdge>&
     const int triangleCount = ib ? ib->GetIndexQuantity() / 3 : 0;
     for (int t = 0; t < triangleCount; ++t) {
         const unsigned int c[3] = {(*ib)[3 * t], (*ib)[3 * t + 1], (*ib)[3 * t + 2]};
-        tVec3 p[3];
+        Vec3 p[3];
         for (int k = 0; k < 3; ++k) {
             p[k] = (vb.Position3(static_cast<int>(c[k])) - m_center) * inverseHalf;
         }
@@ -149,14 +141,14 @@ void oxQuadricErrorMetric::init(const oxTriMesh& mesh, const std::vector<tEdge>&
     m_placementQuadrics = m_costQuadrics;
 
     costs.resize(edges.size());
-    tVec3 position;
+    Vec3 position;
     for (std::size_t e = 0; e < edges.size(); ++e) {
         costs[e] = estimateEdgeCost(static_cast<unsigned int>(e), mesh, edges, vertexParents, edgeParents,
                                     neighbours, position);
     }
 }
 
-float oxQuadricErrorMetric::quadricCost(unsigned int a, unsigned int b, const tVec3& x) const
+float oxQuadricErrorMetric::quadricCost(unsigned int a, unsigned int b, const Vec3& x) const
 {
     const tMat4& Ka = m_costQuadrics[a];
     const tMat4& Kb = m_costQuadrics[b];
@@ -173,7 +165,7 @@ float oxQuadricErrorMetric::quadricCost(unsigned int a, unsigned int b, const tV
 }
 
 float oxQuadricErrorMetric::optimalPlacement(const oxTriMesh& mesh, unsigned int a, unsigned int b,
-                                             tVec3& normalised) const
+                                             Vec3& normalised) const
 {
     tMat4 P = m_placementQuadrics[a] + m_placementQuadrics[b];
     const float s = (P(0, 0) + P(1, 1) + P(2, 2)) * 0.333333f;
@@ -181,8 +173,8 @@ float oxQuadricErrorMetric::optimalPlacement(const oxTriMesh& mesh, unsigned int
         P /= s;
     }
     const oxVertexBuffer& vb = *mesh.GetVertexBuffer();
-    const tVec3 midpoint = (vb.Position3(static_cast<int>(a)) + vb.Position3(static_cast<int>(b))) * 0.5f;
-    const tVec3 m = (midpoint - m_center) / m_halfExtent;
+    const Vec3 midpoint = (vb.Position3(static_cast<int>(a)) + vb.Position3(static_cast<int>(b))) * 0.5f;
+    const Vec3 m = (midpoint - m_center) / m_halfExtent;
     for (int k = 0; k < 3; ++k) {
         P(k, k) += m_lambda;
     }
@@ -190,29 +182,29 @@ float oxQuadricErrorMetric::optimalPlacement(const oxTriMesh& mesh, unsigned int
     P(3, 3) = 1.0f;
     const Wm4::Vector4<float> x =
         P.Inverse() * Wm4::Vector4<float>(m_lambda * m[0], m_lambda * m[1], m_lambda * m[2], 1.0f);
-    normalised = tVec3(x[0], x[1], x[2]);
+    normalised = Vec3(x[0], x[1], x[2]);
     return quadricCost(a, b, normalised);
 }
 
 bool oxQuadricErrorMetric::neighbourhoodAllows(const oxTriMesh& mesh, unsigned int a, unsigned int b,
-                                               const tVec3& position, const std::vector<tEdge>& edges,
+                                               const Vec3& position, const std::vector<tEdge>& edges,
                                                const std::vector<unsigned int>& vertexParents,
                                                const std::vector<unsigned int>& edgeParents,
                                                const std::vector<tNeighbourMap>& neighbours) const
 {
     // Distinct triangle slots of the edges around a and b; more than 10 rejects the collapse.
-    unsigned int triangles[MAX_TRIANGLES_AROUND_EDGE + 1];
+    unsigned int triangles[kMaxTrianglesAroundEdge + 1];
     std::size_t count = 0;
     for (unsigned int endpoint : {a, b}) {
         for (const tNeighbourMap::tEntry& entry : neighbours[endpoint]) {
-            const tEdge& edge = edges[findRoot(edgeParents, entry.second)];
+            const tEdge& edge = edges[detail::findRootOf(edgeParents, entry.second)];
             for (unsigned int t : {edge.t0, edge.t1}) {
                 bool known = false;
                 for (std::size_t i = 0; i < count && !known; ++i) {
                     known = triangles[i] == t;
                 }
                 if (!known) {
-                    if (count == MAX_TRIANGLES_AROUND_EDGE) {
+                    if (count == kMaxTrianglesAroundEdge) {
                         return false;
                     }
                     triangles[count++] = t;
@@ -224,18 +216,18 @@ bool oxQuadricErrorMetric::neighbourhoodAllows(const oxTriMesh& mesh, unsigned i
     const oxVertexBuffer& vb = *mesh.GetVertexBuffer();
     const unsigned int* indices = mesh.GetIndexBuffer()->GetData();
     for (std::size_t i = 0; i < count; ++i) {
-        if (triangles[i] == NONE) {
+        if (triangles[i] == kNoIndex) {
             continue;
         }
         const unsigned int* c = indices + 3 * triangles[i];
-        tVec3 before[3], after[3];
+        Vec3 before[3], after[3];
         for (int k = 0; k < 3; ++k) {
-            const unsigned int v = findRoot(vertexParents, c[k]);
+            const unsigned int v = detail::findRootOf(vertexParents, c[k]);
             before[k] = vb.Position3(static_cast<int>(v));
             after[k] = (v == a || v == b) ? position : before[k];
         }
-        const tVec3 n0 = (before[1] - before[0]).Cross(before[2] - before[0]);
-        const tVec3 n1 = (after[1] - after[0]).Cross(after[2] - after[0]);
+        const Vec3 n0 = (before[1] - before[0]).Cross(before[2] - before[0]);
+        const Vec3 n1 = (after[1] - after[0]).Cross(after[2] - after[0]);
         if (n0.Dot(n1) < 0.0f) {
             return false;
         }
@@ -248,11 +240,11 @@ float oxQuadricErrorMetric::estimateEdgeCost(unsigned int edge, const oxTriMesh&
                                              const std::vector<unsigned int>& vertexParents,
                                              const std::vector<unsigned int>& edgeParents,
                                              const std::vector<tNeighbourMap>& neighbours,
-                                             tVec3& position) const
+                                             Vec3& position) const
 {
     unsigned int a, b;
     resolveEndpoints(edges[edge], vertexParents, a, b);
-    tVec3 normalised;
+    Vec3 normalised;
     const float cost = optimalPlacement(mesh, a, b, normalised);
     position = normalised * m_halfExtent + m_center;
     if (std::isnan(cost) ||
@@ -267,7 +259,7 @@ float oxQuadricErrorMetric::estimateEdgeCostAt(unsigned int edge, const oxTriMes
                                                const std::vector<unsigned int>& vertexParents,
                                                const std::vector<unsigned int>& edgeParents,
                                                const std::vector<tNeighbourMap>& neighbours,
-                                               const tVec3& position) const
+                                               const Vec3& position) const
 {
     unsigned int a, b;
     resolveEndpoints(edges[edge], vertexParents, a, b);

@@ -10,6 +10,7 @@
 //
 // Based on: Field, Laplacian smoothing and Delaunay triangulations, 1988 (the uniform Laplacian
 // update applied vertex by vertex), with a guard against inverted triangles.
+#include "oxMeshLibTypes.h"
 #include "oxMeshProcessing.h"
 #include "processing/oxMeshAdjacency.h"
 #include "processing/oxMeshCompaction.h"
@@ -21,12 +22,10 @@ namespace oxMeshProcessing {
 
 namespace {
 
-typedef Wm4::Vector3<float> tVec3;
-
 /// Unnormalised normal of triangle t with vertex `moved` placed at `at`.
-tVec3 normalWith(const oxVertexBuffer& vb, const unsigned int* c, unsigned int moved, const tVec3& at)
+Vec3 normalWith(const oxVertexBuffer& vb, const unsigned int* c, unsigned int moved, const Vec3& at)
 {
-    tVec3 p[3];
+    Vec3 p[3];
     for (int k = 0; k < 3; ++k) {
         p[k] = c[k] == moved ? at : vb.Position3(static_cast<int>(c[k]));
     }
@@ -46,9 +45,9 @@ void SafeLaplacianSmoothing(oxTriMesh& mesh, unsigned int iterations, float fact
     const unsigned int triangleCount = static_cast<unsigned int>(mesh.GetTriangleQuantity());
     const unsigned int* idx = mesh.GetIndexBuffer()->GetData();
     const detail::tMeshAdjacency adjacency(mesh);
-    std::vector<tVec3> reference(triangleCount);
+    std::vector<Vec3> reference(triangleCount);
     for (unsigned int t = 0; t < triangleCount; ++t) {
-        reference[t] = normalWith(vb, idx + 3 * t, 0xFFFFFFFFu, tVec3());
+        reference[t] = normalWith(vb, idx + 3 * t, 0xFFFFFFFFu, Vec3());
     }
     for (unsigned int pass = 0; pass < iterations; ++pass) {
         for (unsigned int v = 0; v < vertexCount; ++v) {
@@ -58,13 +57,13 @@ void SafeLaplacianSmoothing(oxTriMesh& mesh, unsigned int iterations, float fact
             if (first == last || adjacency.onBorder[v] || locked) {
                 continue;
             }
-            tVec3 average;
+            Vec3 average;
             for (unsigned int i = first; i < last; ++i) {
                 average += vb.Position3(static_cast<int>(adjacency.neighbours[i]));
             }
             average /= static_cast<float>(last - first);
-            const tVec3 p = vb.Position3(static_cast<int>(v));
-            const tVec3 target = p + (average - p) * factor;
+            const Vec3 p = vb.Position3(static_cast<int>(v));
+            const Vec3 target = p + (average - p) * factor;
             bool safe = true;
             for (unsigned int i = adjacency.triangleStart[v]; i < adjacency.triangleStart[v + 1] && safe;
                  ++i) {
