@@ -62,18 +62,21 @@ struct tEdgeCollapseReport {
 /// Side effects:  (T - target) / 2 collapses are attempted (each removes two triangles). Edges
 ///                with both endpoints in `lockedVertices` (may be null) never collapse; an edge
 ///                with one locked endpoint collapses onto that endpoint's position (costed
-///                there). Collapses that would change the topology, flip a triangle or crowd
-///                more than 10 triangles around the edge are skipped (the source lists the
-///                tests); a finite cost recomputed at removal collapses even above the bound,
-///                which is tested on the queued cost only. A recomputed cost that differs from
-///                the queued one prints "error at edge E (iterationN): new != old" during the
-///                first 100 collapses (diagnostic only). The survivor is the endpoint with the
-///                smaller index; queue ties go to the smaller edge index. With colour unit 0
-///                present, every vertex is painted (1, 0.2, 0.2) and every survivor of a
-///                collapse (0.2, 0.2, 1). Finally the mesh gets new buffers: the surviving
-///                vertices (whole records, in index order) and the triangles with three distinct
-///                corners. Closed manifold input stays closed and manifold with the same Euler
-///                characteristic.
+///                there). An edge is skipped when it lies on the boundary, when an apex has
+///                valency <= 3 or when the link condition fails (the source lists the tests);
+///                interior edges between two boundary vertices are collapsible. The queued cost
+///                is +infinity for a collapse that would flip a triangle or crowd more than 10
+///                triangles around the edge; the cost recomputed at removal does not stop a
+///                collapse (the bound is tested on the queued cost only): when it differs from
+///                the queued one, "error at edge E (iterationN): new != old" is printed during
+///                the first 100 collapses and the collapse proceeds. The survivor is the
+///                endpoint with the smaller index; queue ties go to the smaller edge index. With
+///                colour unit 0 present, every vertex is painted (1, 0.2, 0.2), also when there
+///                are no triangles, and every survivor of a collapse (0.2, 0.2, 1). Finally the
+///                mesh gets new buffers (the caller's buffers are replaced, not rewritten): the
+///                surviving vertices (whole records, in index order) and the triangles with
+///                three distinct corners. Closed manifold input stays closed and manifold with
+///                the same Euler characteristic.
 /// Cost:          O(E log E); `progress` (may be null) gets done / needed.
 void GenericEdgeCollapse(oxTriMesh& mesh, oxQuadricErrorMetric& metric, unsigned int targetTriangleCount,
                          float maxError, const std::vector<bool>* lockedVertices = nullptr,

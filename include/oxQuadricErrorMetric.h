@@ -9,6 +9,7 @@
 // quadrics are built is told in src/processing/oxQuadricErrorMetric.cpp.
 #pragma once
 
+#include <map>
 #include <utility>
 #include <vector>
 
@@ -106,6 +107,12 @@ public:
     /// Cost:          O(V + T + E * evaluation).
     void init(const oxTriMesh& mesh, const std::vector<tEdge>& edges,
               const std::vector<unsigned int>& vertexParents, const std::vector<unsigned int>& edgeParents,
+              const std::vector<std::map<unsigned int, unsigned int>>& neighbours, std::vector<float>& costs);
+
+    /// init with the flat neighbour lists of the library's own collapse driver (an addition of
+    /// ours: same results, no ordered map).
+    void init(const oxTriMesh& mesh, const std::vector<tEdge>& edges,
+              const std::vector<unsigned int>& vertexParents, const std::vector<unsigned int>& edgeParents,
               const std::vector<tNeighbourMap>& neighbours, std::vector<float>& costs);
 
     /// Costs the collapse of edge `edge`, its endpoints resolved through `vertexParents`.
@@ -119,6 +126,14 @@ public:
     ///                cost also comes back as +infinity.
     /// Preconditions: after init, with the run's current forests and neighbour maps.
     /// Cost:          O(valency).
+    float estimateEdgeCost(unsigned int edge, const oxTriMesh& mesh, const std::vector<tEdge>& edges,
+                           const std::vector<unsigned int>& vertexParents,
+                           const std::vector<unsigned int>& edgeParents,
+                           const std::vector<std::map<unsigned int, unsigned int>>& neighbours,
+                           Wm4::Vector3<float>& position) const;
+
+    /// estimateEdgeCost with the flat neighbour lists of the library's own collapse driver (an
+    /// addition of ours: same results, no ordered map).
     float estimateEdgeCost(unsigned int edge, const oxTriMesh& mesh, const std::vector<tEdge>& edges,
                            const std::vector<unsigned int>& vertexParents,
                            const std::vector<unsigned int>& edgeParents,
@@ -165,11 +180,22 @@ private:
     float quadricCost(unsigned int a, unsigned int b, const Wm4::Vector3<float>& normalised) const;
     /// False when more than 10 triangle slots surround the edge a-b, or when moving a and b to
     /// `position` (mesh coordinates) flips one of those triangles.
+    /// `Maps` is either neighbour container: both hold (neighbour, edge) pairs per vertex.
+    template <class Maps>
     bool neighbourhoodAllows(const oxTriMesh& mesh, unsigned int a, unsigned int b,
                              const Wm4::Vector3<float>& position, const std::vector<tEdge>& edges,
                              const std::vector<unsigned int>& vertexParents,
-                             const std::vector<unsigned int>& edgeParents,
-                             const std::vector<tNeighbourMap>& neighbours) const;
+                             const std::vector<unsigned int>& edgeParents, const Maps& neighbours) const;
+    template <class Maps>
+    void initWith(const oxTriMesh& mesh, const std::vector<tEdge>& edges,
+                  const std::vector<unsigned int>& vertexParents,
+                  const std::vector<unsigned int>& edgeParents, const Maps& neighbours,
+                  std::vector<float>& costs);
+    template <class Maps>
+    float estimateWith(unsigned int edge, const oxTriMesh& mesh, const std::vector<tEdge>& edges,
+                       const std::vector<unsigned int>& vertexParents,
+                       const std::vector<unsigned int>& edgeParents, const Maps& neighbours,
+                       Wm4::Vector3<float>& position) const;
     /// Both endpoints of `edge` resolved through the vertex parents.
     static void resolveEndpoints(const tEdge& edge, const std::vector<unsigned int>& vertexParents,
                                  unsigned int& a, unsigned int& b);

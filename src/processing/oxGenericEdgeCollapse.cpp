@@ -4,14 +4,15 @@
 // crowding test), union-find merging of vertices and edges, and the final rebuild.
 //
 // The edge at the front of the queue is taken out and re-costed. It is skipped when it was
-// merged into another edge or its endpoints already coincide, when it lies on the boundary,
-// when both endpoints are on the boundary (the collapse would pinch the surface), when an apex
-// has valency <= 3, when the link condition fails (the endpoints share a neighbour other than
-// the two apexes), or when the recomputed cost is infinite: the neighbourhood changed since the
-// edge was queued, and the collapse would now fold a triangle over or crowd more than 10
-// triangles around the edge. Such an edge stays out of the queue until a neighbouring collapse
-// re-costs it, so no triangle is ever flipped. The error bound is tested on the queued cost
-// only; a finite recomputed cost collapses whatever its value. A collapse attaches the larger
+// merged into another edge or its endpoints already coincide, when it lies on the boundary
+// (one triangle), when an apex has valency <= 3, or when the link condition fails (the
+// endpoints share a neighbour other than the two apexes). An interior edge whose two ends both
+// lie on the boundary is collapsible like any other. The error bound is tested on the queued
+// cost only; a recomputed cost that differs from the queued one prints the diagnostic line
+// during the first 100 collapses and the collapse proceeds whatever its value (the queued cost
+// passed the fold-over and crowding test when it was computed; edges around every survivor are
+// re-costed, but an edge further out keeps a cost that a later collapse may have made stale).
+// A collapse attaches the larger
 // endpoint under the smaller in the vertex forest, gives the survivor the sum of the two
 // valencies less 4, merges the quadrics, folds the edge from the removed vertex to each apex
 // onto the survivor's, hands the removed vertex's other neighbours to the survivor and re-costs
@@ -55,7 +56,7 @@ struct tCollapseRun {
     std::vector<unsigned int> edgeParents;
     std::vector<tNeighbourMap> neighbours;
     std::vector<unsigned int> valency;
-    std::vector<char> locked, boundary;
+    std::vector<char> locked;
     std::vector<float> costs;
     detail::tQuaternaryHeap<true> queue;  ///< queued edges by cost, ties by the smaller edge index
 
@@ -67,9 +68,9 @@ struct tCollapseRun {
     /// Representative of v, shortening the path.
     unsigned int find(unsigned int v) { return vertexSets.find(v); }
 
-    /// Edge table with triangle slots filled in triangle order, neighbour maps, valencies and
-    /// boundary flags. The input passed the collapse input check (no repeated corner, no edge on
-    /// a third triangle).
+    /// Edge table with triangle slots filled in triangle order, neighbour maps and valencies.
+    /// The input passed the collapse input check (no repeated corner, no edge on a third
+    /// triangle).
     void setUp(unsigned int triangleCount, unsigned int vertexCount)
     {
         std::vector<unsigned int> v0, v1, triangleEdges;
@@ -88,14 +89,10 @@ struct tCollapseRun {
         vertexSets.reset(vertexCount);
         edgeParents.resize(edges.size());
         neighbours.assign(vertexCount, tNeighbourMap());
-        boundary.assign(vertexCount, 0);
         for (unsigned int e = 0; e < edges.size(); ++e) {
             edgeParents[e] = e;
             neighbours[edges[e].v0].insert(edges[e].v1, e);
             neighbours[edges[e].v1].insert(edges[e].v0, e);
-            if (edges[e].t1 == kNoIndex) {
-                boundary[edges[e].v0] = boundary[edges[e].v1] = 1;
-            }
         }
         valency.resize(vertexCount);
         for (unsigned int v = 0; v < vertexCount; ++v) {
@@ -177,7 +174,6 @@ struct tCollapseRun {
             vertices.Color3(0, static_cast<int>(s)) = Wm4::ColorRGB(0.2f, 0.2f, 1.0f);
         }
         locked[s] = locked[s] || locked[r];
-        boundary[s] = boundary[s] || boundary[r];
         tEdge merged;
         merged.v0 = s;
         merged.v1 = r;
@@ -220,18 +216,19 @@ struct tCollapseRun {
         for (unsigned int v = 0; v < vertexCount; ++v) {
             keepVertex[v] = find(v) == v;
         }
+        // The corners resolved to representatives go into a copy: the caller's index buffer is
+        // never rewritten, only replaced.
+        oxPointer<oxIndexBuffer> resolved(new oxIndexBuffer(ib.GetIndexQuantity()));
+        resolved->SetIndexBufferType(ib.GetIndexBufferType());
         for (unsigned int t = 0; t < triangleCount; ++t) {
             unsigned int c[3];
             for (int k = 0; k < 3; ++k) {
                 c[k] = find(ib[static_cast<int>(3 * t) + k]);
+                (*resolved)[static_cast<int>(3 * t) + k] = c[k];
             }
-            if (c[0] != c[1] && c[1] != c[2] && c[2] != c[0]) {
-                keepTriangle[t] = 1;
-                for (int k = 0; k < 3; ++k) {
-                    ib[static_cast<int>(3 * t) + k] = c[k];
-                }
-            }
+            keepTriangle[t] = c[0] != c[1] && c[1] != c[2] && c[2] != c[0];
         }
+        mesh.SetIndexBuffer(resolved.get());
         const oxAttributes layout = vertices.GetAttributes();
         detail::compactMesh(mesh, keepTriangle, keepVertex, layout);
     }
@@ -302,8 +299,7 @@ unsigned int collapseCheapestEdges(tCollapseRun& run, unsigned int needed,
         Vec3 position;
         const float cost = run.cost(e, position);
         const unsigned int a = run.find(run.edges[e].v0), b = run.find(run.edges[e].v1);
-        if (a == b || run.edges[e].t1 == kNoIndex || (run.boundary[a] && run.boundary[b]) ||
-            (run.locked[a] && run.locked[b]))
+        if (a == b || run.edges[e].t1 == kNoIndex || (run.locked[a] && run.locked[b]))
             continue;
         const unsigned int c0 = run.apex(run.edges[e].t0, a, b), c1 = run.apex(run.edges[e].t1, a, b);
         if (c0 == kNoIndex || c1 == kNoIndex || c0 == c1 || run.valency[c0] <= 3 || run.valency[c1] <= 3 ||
@@ -312,12 +308,8 @@ unsigned int collapseCheapestEdges(tCollapseRun& run, unsigned int needed,
         if (cost != queuedCost && done < 100)
             detail::messages() << "error at edge " << e << " (iteration" << done << "): " << cost
                                << " != " << queuedCost << std::endl;
-        // The bound was tested on the queued cost; a finite recomputed cost collapses whatever
-        // its value. An infinite one (the neighbourhood changed since the edge was queued: the
-        // collapse would now fold a triangle over or touch a crowded fan) is refused: the edge
-        // stays out of the queue until a neighbouring collapse re-costs it.
-        if (!std::isfinite(cost))
-            continue;
+        // The bound was tested on the queued cost; the recomputed cost only prints the line
+        // above, and the collapse proceeds whatever its value.
         run.collapse(e, a, b, c0, c1, position);
         ++done;
     }
@@ -337,6 +329,11 @@ void GenericEdgeCollapse(oxTriMesh& mesh, oxQuadricErrorMetric& metric, unsigned
     out.trianglesBefore = out.trianglesAfter = triangleCount;
     metric.setSquaredMaxError(maxError * maxError);
     if (triangleCount == 0 || mesh.GetVertexBuffer() == nullptr) {
+        // Nothing to set up: the colours are still painted.
+        oxVertexBuffer* vertices = mesh.GetVertexBuffer();
+        if (vertices != nullptr && vertices->GetAttributes().HasColor(0))
+            for (int v = 0; v < vertices->GetVertexQuantity(); ++v)
+                vertices->Color3(0, v) = Wm4::ColorRGB(1.0f, 0.2f, 0.2f);
         out.stop = targetTriangleCount > triangleCount ? tCollapseStop::TargetAboveCount
                                                        : tCollapseStop::TargetReached;
         return;

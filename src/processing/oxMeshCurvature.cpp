@@ -7,10 +7,12 @@
 // the shortest edge at the vertex (radius sqrt(r1) times that length, direction interpolated
 // between the wedge's two projected edges by r2, both from the process-wide rand() sequence); a
 // linear gradient field (a x + b y, b x + c y) is fitted to the slopes by weighted least squares
-// (each wedge weighted by its angle over sqrt(1 + gx^2 + gy^2)), and (a, b; b, c) is the Hessian
-// of the height field. The reported curvatures are its eigenvalues with the sign chosen so that
-// a surface bending away from its normal (a sphere with outward normals) has positive
-// curvature; a NaN becomes 0, and the pair is ordered by absolute value.
+// (each sample weighted by 1 / sqrt(1 + gx^2 + gy^2)), and (a, b; b, c) is the Hessian of the
+// height field. The reported curvatures are its eigenvalues ((a + c) -/+ sqrt((a - c)^2 + 4 b^2))
+// / 2, so a surface bending away from its normal (a sphere with outward normals) has negative
+// curvature; a NaN becomes 0, and the pair is ordered by absolute value. A vertex with a zero
+// normal draws its samples like any other (so the shared random sequence does not depend on
+// the normals) and gets zero curvature.
 //
 // Based on: Rusinkiewicz, Estimating curvatures and their derivatives on triangle meshes, 2004,
 // for the principle (the second fundamental form fitted by least squares to the variation of the
@@ -66,10 +68,7 @@ void tangentFrame(const Vec3& n, Vec3& t1, Vec3& t2)
 /// (gx, gy) within `radius`, accumulating into `m`.
 void sampleWedge(float d0x, float d0y, float d1x, float d1y, float gx, float gy, float radius, tMoments& m)
 {
-    // Slope weight times the wedge angle: every wedge gets the same number of samples, so the
-    // angle restores a uniform sample density over the disc (narrow wedges would dominate).
-    const double wedge = std::acos(std::max(-1.0, std::min(1.0, double(d0x) * d1x + double(d0y) * d1y)));
-    const double w = wedge / std::sqrt(double(gx) * gx + double(gy) * gy + 1.0);
+    const double w = 1.0 / std::sqrt(double(gx) * gx + double(gy) * gy + 1.0);
     for (unsigned int s = 0; s < kSamplesPerTriangle; ++s) {
         const float r1 = detail::unitRandom();
         const float r2 = detail::unitRandom();
@@ -175,8 +174,8 @@ void oxMeshProperties::computeCurvatureImplemented()
     m_curvature.values.assign(vertexCount, tCurvature());
     for (unsigned int v = 0; v < vertexCount; ++v) {
         const Vec3& N = vertexNormals[v];
-        if (start[v] == start[v + 1] || N == Vec3()) {
-            continue;  // no surface around the vertex: zero curvature
+        if (start[v] == start[v + 1]) {
+            continue;  // no triangle around the vertex: no samples, zero curvature
         }
         Vec3 T1, T2;
         tangentFrame(N, T1, T2);
@@ -195,9 +194,13 @@ void oxMeshProperties::computeCurvatureImplemented()
             const float gx = -n.Dot(T1) / nN, gy = -n.Dot(T2) / nN;
             sampleWedge(d0x, d0y, d1x, d1y, gx, gy, radius[v], moments);
         }
+        if (N == Vec3()) {
+            continue;  // the samples were drawn; no tangent plane, zero curvature
+        }
         double a, b, c;
         solveHessian(moments, a, b, c);
-        // Eigenvalues of the Hessian; the curvature is their negative (convex = positive).
+        // Eigenvalues of the Hessian: the principal curvatures (negative where the surface bends
+        // away from its normal).
         const double root = std::sqrt((a - c) * (a - c) + 4.0 * b * b);
         const double e1 = 0.5 * ((a + c) - root), e2 = 0.5 * ((a + c) + root);
         // Eigenvector of e1, from the better-conditioned of the two row equations.
@@ -215,7 +218,7 @@ void oxMeshProperties::computeCurvatureImplemented()
             ey = 0.0;
         }
         tCurvature& out = m_curvature.values[v];
-        float k1 = static_cast<float>(-e1), k2 = static_cast<float>(-e2);
+        float k1 = static_cast<float>(e1), k2 = static_cast<float>(e2);
         out.direction1 = T1 * static_cast<float>(ex) + T2 * static_cast<float>(ey);
         out.direction2 = T1 * static_cast<float>(-ey) + T2 * static_cast<float>(ex);
         out.k1 = std::isnan(k1) ? 0.0f : k1;

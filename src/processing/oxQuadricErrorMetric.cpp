@@ -108,7 +108,25 @@ void oxQuadricErrorMetric::resolveEndpoints(const tEdge& edge, const std::vector
 void oxQuadricErrorMetric::init(const oxTriMesh& mesh, const std::vector<tEdge>& edges,
                                 const std::vector<unsigned int>& vertexParents,
                                 const std::vector<unsigned int>& edgeParents,
+                                const std::vector<std::map<unsigned int, unsigned int>>& neighbours,
+                                std::vector<float>& costs)
+{
+    initWith(mesh, edges, vertexParents, edgeParents, neighbours, costs);
+}
+
+void oxQuadricErrorMetric::init(const oxTriMesh& mesh, const std::vector<tEdge>& edges,
+                                const std::vector<unsigned int>& vertexParents,
+                                const std::vector<unsigned int>& edgeParents,
                                 const std::vector<tNeighbourMap>& neighbours, std::vector<float>& costs)
+{
+    initWith(mesh, edges, vertexParents, edgeParents, neighbours, costs);
+}
+
+template <class Maps>
+void oxQuadricErrorMetric::initWith(const oxTriMesh& mesh, const std::vector<tEdge>& edges,
+                                    const std::vector<unsigned int>& vertexParents,
+                                    const std::vector<unsigned int>& edgeParents, const Maps& neighbours,
+                                    std::vector<float>& costs)
 {
     const oxVertexBuffer& vb = *mesh.GetVertexBuffer();
     const int vertexCount = vb.GetVertexQuantity();
@@ -143,8 +161,8 @@ void oxQuadricErrorMetric::init(const oxTriMesh& mesh, const std::vector<tEdge>&
     costs.resize(edges.size());
     Vec3 position;
     for (std::size_t e = 0; e < edges.size(); ++e) {
-        costs[e] = estimateEdgeCost(static_cast<unsigned int>(e), mesh, edges, vertexParents, edgeParents,
-                                    neighbours, position);
+        costs[e] = estimateWith(static_cast<unsigned int>(e), mesh, edges, vertexParents, edgeParents,
+                                neighbours, position);
     }
 }
 
@@ -186,17 +204,18 @@ float oxQuadricErrorMetric::optimalPlacement(const oxTriMesh& mesh, unsigned int
     return quadricCost(a, b, normalised);
 }
 
+template <class Maps>
 bool oxQuadricErrorMetric::neighbourhoodAllows(const oxTriMesh& mesh, unsigned int a, unsigned int b,
                                                const Vec3& position, const std::vector<tEdge>& edges,
                                                const std::vector<unsigned int>& vertexParents,
                                                const std::vector<unsigned int>& edgeParents,
-                                               const std::vector<tNeighbourMap>& neighbours) const
+                                               const Maps& neighbours) const
 {
     // Distinct triangle slots of the edges around a and b; more than 10 rejects the collapse.
     unsigned int triangles[kMaxTrianglesAroundEdge + 1];
     std::size_t count = 0;
     for (unsigned int endpoint : {a, b}) {
-        for (const tNeighbourMap::tEntry& entry : neighbours[endpoint]) {
+        for (const auto& entry : neighbours[endpoint]) {
             const tEdge& edge = edges[detail::findRootOf(edgeParents, entry.second)];
             for (unsigned int t : {edge.t0, edge.t1}) {
                 bool known = false;
@@ -235,12 +254,30 @@ bool oxQuadricErrorMetric::neighbourhoodAllows(const oxTriMesh& mesh, unsigned i
     return true;
 }
 
+float oxQuadricErrorMetric::estimateEdgeCost(
+    unsigned int edge, const oxTriMesh& mesh, const std::vector<tEdge>& edges,
+    const std::vector<unsigned int>& vertexParents, const std::vector<unsigned int>& edgeParents,
+    const std::vector<std::map<unsigned int, unsigned int>>& neighbours, Vec3& position) const
+{
+    return estimateWith(edge, mesh, edges, vertexParents, edgeParents, neighbours, position);
+}
+
 float oxQuadricErrorMetric::estimateEdgeCost(unsigned int edge, const oxTriMesh& mesh,
                                              const std::vector<tEdge>& edges,
                                              const std::vector<unsigned int>& vertexParents,
                                              const std::vector<unsigned int>& edgeParents,
                                              const std::vector<tNeighbourMap>& neighbours,
                                              Vec3& position) const
+{
+    return estimateWith(edge, mesh, edges, vertexParents, edgeParents, neighbours, position);
+}
+
+template <class Maps>
+float oxQuadricErrorMetric::estimateWith(unsigned int edge, const oxTriMesh& mesh,
+                                         const std::vector<tEdge>& edges,
+                                         const std::vector<unsigned int>& vertexParents,
+                                         const std::vector<unsigned int>& edgeParents, const Maps& neighbours,
+                                         Vec3& position) const
 {
     unsigned int a, b;
     resolveEndpoints(edges[edge], vertexParents, a, b);
